@@ -1,0 +1,21 @@
+#pragma once
+
+namespace fieldline {
+
+// What a command-line program asks of the terminal it was started on. Used by the command; not part of the library.
+
+enum class Stream { kInput, kOutput, kError };
+
+bool IsTerminal(Stream stream);
+
+// Columns of the terminal on `stream`, 80 where there is none.
+int TerminalColumns(Stream stream);
+
+// From now on Ctrl-C and a termination request set a flag in place of ending the program; a second one ends it.
+void CatchInterrupts();
+bool Interrupted();
+
+// Sleeps up to `ms`; returns early, with false, when interrupted.
+bool SleepUnlessInterrupted(int ms);
+
+}  // namespace fieldline
