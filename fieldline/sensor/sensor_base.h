@@ -36,10 +36,9 @@ class FIELDLINE_API CSensorBase {
  public:
   explicit CSensorBase(ENUM_SERDATKIND kind = SERDAT_NONE);
 
-  // A copy has no record of its own; a derived class aims m_pData at the one it brings. Assignment leaves m_pData
-  // where it is.
-  CSensorBase(const CSensorBase& other);
-  CSensorBase& operator=(const CSensorBase& other);
+  // Member by member; a derived class aims m_pData at the copy's own record.
+  CSensorBase(const CSensorBase&) = default;
+  CSensorBase& operator=(const CSensorBase&) = default;
 
   virtual ~CSensorBase();
 
@@ -77,7 +76,12 @@ class RecordSensor : public CSensorBase {
  public:
   explicit RecordSensor(ENUM_SERDATKIND kind) : CSensorBase(kind) { PointAtRecord(); }
   RecordSensor(const RecordSensor& other) : CSensorBase(other), m_data(other.m_data) { PointAtRecord(); }
-  RecordSensor& operator=(const RecordSensor&) = default;
+  RecordSensor& operator=(const RecordSensor& other) {
+    CSensorBase::operator=(other);
+    m_data = other.m_data;
+    PointAtRecord();
+    return *this;
+  }
 
   Record m_data{};
 

@@ -45,14 +45,15 @@ void BuildDefinition(ENUM_SERTYPE type, int port, int baud, wchar_t* out) {
 // that a removal can move its place.
 class CSerBase::Telling {
  public:
-  explicit Telling(CSerBase* port) : port_(port), outer_(port->m_pTelling), end_(port->m_arrObserver.size()) {
-    port->m_pTelling = this;
-  }
+  explicit Telling(CSerBase* port) : port_(port), outer_(port->m_pTelling), end_(port->m_arrObserver.size()) {}
   Telling(const Telling&) = delete;
   Telling& operator=(const Telling&) = delete;
   ~Telling() { port_->m_pTelling = outer_; }
 
-  ISerObserver* Next() { return next_ < end_ ? port_->m_arrObserver[next_++] : nullptr; }
+  ISerObserver* Next() {
+    port_->m_pTelling = this;
+    return next_ < end_ ? port_->m_arrObserver[next_++] : nullptr;
+  }
 
   void Removed(std::size_t index) {
     if (index < next_) --next_;

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "fieldline/serial/i_ser_base.h"
+
+namespace fieldline::test {
+
+using Bytes = std::vector<BYTE>;
+
+// "01 03 00" to bytes.
+Bytes Hex(const std::string& text);
+
+// The characters of `text`, without a terminator.
+Bytes Text(const std::string& text);
+
+std::string ToHex(const Bytes& bytes);
+
+// A port that plays a script: the writes it expects, in order, and the reads it serves. A write that differs from the
+// script, a read that is not scripted, and a script that is not played to its end fail the test.
+class ScriptedPort final : public ISerBase {
+ public:
+  ScriptedPort() = default;
+  ~ScriptedPort();
+
+  // The next write must be `bytes`; it reports all of them, or `result`.
+  ScriptedPort& Expect(Bytes bytes);
+  ScriptedPort& ExpectButReport(Bytes bytes, int result);
+
+  // The next read must ask for `ask` bytes. It gets `bytes`, or its first `ask`; the rest is lost as in a purge.
+  ScriptedPort& Reply(int ask, Bytes bytes);
+
+  // Any expectation that is left over is dropped without failing the test.
+  void Forget() { script_.clear(); }
+
+  bool Done() const { return script_.empty(); }
+
+  ENUM_SERTYPE GetSerType() override { return SER_ESL1; }
+  wchar_t* GetSerNote() override { return nullptr; }
+  int Open(const wchar_t* def) override;
+  int Close() override;
+  int IsOpened() override { return open; }
+  int SetDef(const wchar_t*) override { return 0; }
+  int SetPort(int) override { return 1; }
+  int SetBaud(int) override { return 1; }
+  int SetTimeout(int, int) override { return 1; }
+  int Purge() override;
+  int Read(BYTE* data, int count) override;
+  int Write(const BYTE* data, int count) override;
+  int InsertObserver(ISerObserver*) override { return -1; }
+  int RemoveObserver(ISerObserver*) override { return -1; }
+  int GetData(int, int) override { return 0; }
+
+  int open = 1;      // what IsOpened reports; Open sets and Close clears it
+  int can_open = 1;  // what Open reports
+  int purges = 0;
+  int opens = 0;
+  int closes = 0;
+  std::string calls;  // one letter a call: p(urge), o(pen), c(lose), w(rite), r(ead)
+
+ private:
+  struct Step {
+    bool is_write;
+    Bytes bytes;
+    int count;  // of a write: the result; of a read: the bytes asked for
+  };
+
+  std::deque<Step> script_;
+};
+
+}  // namespace fieldline::test
