@@ -1,0 +1,91 @@
+#include "fieldline/platform/file.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <mutex>
+#include <string>
+
+#include "fieldline/platform/text.h"
+
+namespace fieldline {
+
+namespace {
+
+struct FlashRoot {
+  std::mutex mutex;
+  std::string directory;  // empty stands for "/"
+};
+
+FlashRoot& Root() {
+  static FlashRoot root;
+  return root;
+}
+
+// <root>/<path with slashes>. False when it does not fit.
+bool HostPath(const char16_t* path, char (&out)[PATH_MAX]) {
+  std::size_t length;
+  {
+    FlashRoot& root = Root();
+    const std::lock_guard lock(root.mutex);
+    if (root.directory.size() + 2 > sizeof out) return false;
+    length = root.directory.copy(out, root.directory.size());
+  }
+  out[length++] = '/';
+  const int room = static_cast<int>(sizeof out - length);
+  const int written = Utf16ToUtf8(path, out + length, room);
+  constexpr int kLongestCharacter = 4;
+  if (written + kLongestCharacter >= room) return false;  // perhaps cut
+  std::replace(out + length, out + length + written, '\\', '/');
+  return true;
+}
+
+}  // namespace
+
+int SetFlashRoot(const char* directory) {
+  try {
+    std::string chosen(directory != nullptr ? directory : "");
+    FlashRoot& root = Root();
+    const std::lock_guard lock(root.mutex);
+    root.directory.swap(chosen);
+    return 1;
+  } catch (...) {
+    return 0;
+  }
+}
+
+bool File::Create(const char16_t* path) {
+  Close();
+  char host_path[PATH_MAX];
+  if (!HostPath(path, host_path)) return false;
+  // Without O_NONBLOCK a pipe in the file's place would hold the caller until somebody reads it.
+  handle_ = open(host_path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0644);
+  return handle_ != kInvalidHandle;
+}
+
+int File::Write(const BYTE* data, int count) {
+  if (handle_ == kInvalidHandle) return -1;
+  int written = 0;
+  while (written < count) {
+    const ssize_t taken = write(static_cast<int>(handle_), data + written, static_cast<std::size_t>(count - written));
+    if (taken >= 0) {
+      written += static_cast<int>(taken);
+    } else if (errno == ENOSPC || errno == EDQUOT) {
+      return written;
+    } else if (errno != EINTR) {
+      return -1;
+    }
+  }
+  return written;
+}
+
+void File::Close() {
+  if (handle_ == kInvalidHandle) return;
+  close(static_cast<int>(handle_));
+  handle_ = kInvalidHandle;
+}
+
+}  // namespace fieldline

@@ -1,0 +1,230 @@
+#include "fieldline/platform/serial_device.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "fieldline/platform/posix/device_path.h"
+#include "fieldline/platform/posix/terminal.h"
+#include "fieldline/platform/posix/wait.h"
+
+namespace fieldline {
+
+namespace {
+
+using OpenResult = SerialDevice::OpenResult;
+
+OpenResult OpenFailure(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+    case ENOTDIR:
+      return OpenResult::kNoSuchDevice;
+    case EBUSY:
+    case EWOULDBLOCK:
+      return OpenResult::kInUse;
+    case EACCES:
+    case EPERM:
+      return OpenResult::kNotPermitted;
+    case ENOTTY:
+    case EISDIR:
+      return OpenResult::kNotSerial;
+    default:
+      return OpenResult::kFailed;
+  }
+}
+
+// The kernel's lock alone would let any privileged opener in.
+bool Claim(int fd) { return flock(fd, LOCK_EX | LOCK_NB) == 0 && ioctl(fd, TIOCEXCL) == 0; }
+
+// -1 when the line is gone.
+int QueuedForSending(int fd) {
+  int queued = 0;
+  return ioctl(fd, TIOCOUTQ, &queued) == 0 ? queued : -1;
+}
+
+// Discards what has not been sent and returns how many bytes that were. With nothing queued the kernel is not asked to:
+// on a pseudo-terminal it would take back bytes that have left.
+int DiscardQueued(int fd) {
+  const int queued = QueuedForSending(fd);
+  if (queued < 1) return 0;
+  ioctl(fd, TCFLSH, TCOFLUSH);
+  return queued;
+}
+
+// The queue is empty some bytes before the wire is: a UART holds up to 64 of its own, which take a while at 2400 bit/s.
+// Most UART drivers tell when those have left; where they don't, the queue has to do.
+bool IsTransmitterEmpty(int fd) {
+  unsigned int line_status = 0;
+  return ioctl(fd, TIOCSERGETLSR, &line_status) != 0 || (line_status & TIOCSER_TEMT) != 0;
+}
+
+tcflag_t DataBitFlags(std::uint32_t data_bits) {
+  switch (data_bits) {
+    case 5:
+      return CS5;
+    case 6:
+      return CS6;
+    case 7:
+      return CS7;
+    default:
+      return CS8;
+  }
+}
+
+tcflag_t ParityFlags(Parity parity) {
+  switch (parity) {
+    case Parity::kOdd:
+      return PARENB | PARODD;
+    case Parity::kEven:
+      return PARENB;
+    case Parity::kMark:
+      return PARENB | CMSPAR | PARODD;
+    case Parity::kSpace:
+      return PARENB | CMSPAR;
+    default:
+      return 0;
+  }
+}
+
+bool IsNear(speed_t taken, std::uint32_t asked) {
+  const std::int64_t difference = std::int64_t{taken} - std::int64_t{asked};
+  return std::max(difference, -difference) * 50 <= asked;
+}
+
+std::int64_t TotalMs(int per_byte, int constant, int count) {
+  return std::int64_t{std::max(per_byte, 0)} * count + std::max(constant, 0);
+}
+
+}  // namespace
+
+SerialDevice::OpenResult SerialDevice::Open(const wchar_t* name) {
+  PathBuffer path;
+  if (!FindDevicePath(name, path)) return OpenResult::kNoSuchDevice;
+
+  int fd;
+  do {
+    fd = open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  } while (fd < 0 && errno == EINTR);
+  if (fd < 0) return OpenFailure(errno);
+
+  handle_ = fd;
+  if (!Claim(fd) || !MakeRaw(fd)) {
+    const int error = errno;
+    Close();
+    return OpenFailure(error);
+  }
+  return OpenResult::kOpened;
+}
+
+void SerialDevice::Close() {
+  if (!IsOpen()) return;
+  const int fd = static_cast<int>(handle_);
+  DiscardQueued(fd);  // or the kernel could wait for half a minute until a halted line takes them
+  ioctl(fd, TIOCNXCL);
+  close(fd);
+  handle_ = kInvalidHandle;
+}
+
+bool SerialDevice::SetTimeouts(const SerialTimeouts& timeouts) {
+  if (!IsOpen()) return false;
+  timeouts_ = timeouts;
+  return true;
+}
+
+bool SerialDevice::SetLine(const LineSettings& settings) {
+  if (!IsOpen() || settings.baud == 0 || settings.data_bits < 5 || settings.data_bits > 8) return false;
+  const int fd = static_cast<int>(handle_);
+  termios2 found;
+  if (ioctl(fd, TCGETS2, &found) != 0) return false;
+
+  termios2 wanted = found;
+  constexpr tcflag_t kSpeedFlags = CBAUD | (CBAUD << IBSHIFT);
+  constexpr tcflag_t kFormatFlags = CSIZE | PARENB | PARODD | CMSPAR | CSTOPB;
+  wanted.c_cflag &= ~(kSpeedFlags | kFormatFlags);
+  wanted.c_cflag |= BOTHER | (BOTHER << IBSHIFT);
+  wanted.c_ispeed = settings.baud;
+  wanted.c_ospeed = settings.baud;
+  wanted.c_cflag |= DataBitFlags(settings.data_bits) | ParityFlags(settings.parity);
+  if (settings.stop_bits != StopBits::kOne) wanted.c_cflag |= CSTOPB;
+  if (ioctl(fd, TCSETS2, &wanted) != 0) return false;
+
+  // A driver takes the nearest speed that it can do, and drops mark and space parity if it knows neither, without a
+  // word.
+  termios2 taken;
+  if (ioctl(fd, TCGETS2, &taken) == 0 && IsNear(taken.c_ospeed, settings.baud) &&
+      IsNear(taken.c_ispeed, settings.baud) && (taken.c_cflag & CMSPAR) == (wanted.c_cflag & CMSPAR)) {
+    return true;
+  }
+  ioctl(fd, TCSETS2, &found);
+  return false;
+}
+
+bool SerialDevice::Purge() {
+  if (!IsOpen()) return false;
+  const int fd = static_cast<int>(handle_);
+  DiscardQueued(fd);
+  return ioctl(fd, TCFLSH, TCIFLUSH) == 0;
+}
+
+int SerialDevice::Read(BYTE* data, int count) {
+  if (!IsOpen() || count < 1) return 0;
+  const int fd = static_cast<int>(handle_);
+  const Deadline deadline(TotalMs(timeouts_.read_per_byte, timeouts_.read_constant, count));
+  int received = 0;
+  bool gone = false;
+  while (received < count) {
+    const ssize_t taken = read(fd, data + received, static_cast<std::size_t>(count - received));
+    if (taken > 0) {
+      received += static_cast<int>(taken);
+      continue;
+    }
+    if (taken < 0 && errno == EINTR) continue;
+    if (taken == 0 || errno != EAGAIN || gone) break;
+    const short events = WaitFor(fd, POLLIN, deadline);
+    if (events == 0) break;
+    gone = IsGone(events);  // one more read takes what came before
+  }
+  return received;
+}
+
+int SerialDevice::Write(const BYTE* data, int count) {
+  if (!IsOpen()) return -1;
+  if (count < 1) return 0;
+  const int fd = static_cast<int>(handle_);
+  const Deadline deadline(TotalMs(timeouts_.write_per_byte, timeouts_.write_constant, count));
+  // At least one byte of those that were handed over is still in the transmitter.
+  const auto give_up = [fd, count](int handed_over) {
+    return std::clamp(handed_over - DiscardQueued(fd), 0, count - 1);
+  };
+
+  int handed_over = 0;
+  while (handed_over < count) {
+    const ssize_t taken = write(fd, data + handed_over, static_cast<std::size_t>(count - handed_over));
+    if (taken > 0) {
+      handed_over += static_cast<int>(taken);
+      continue;
+    }
+    if (taken < 0 && errno == EINTR) continue;
+    if (taken < 0 && errno != EAGAIN) return -1;
+    const short events = WaitFor(fd, POLLOUT, deadline);
+    if (events == 0) return give_up(handed_over);
+    if (IsGone(events)) return -1;
+  }
+
+  // Callers start to count their read time-out now, so the bytes must be on the wire. tcdrain() would wait without a
+  // bound on a halted line, and no event tells that the queue is empty.
+  for (;;) {
+    const int queued = QueuedForSending(fd);
+    if (queued < 0) return -1;
+    if (queued == 0 && IsTransmitterEmpty(fd)) return count;
+    if (deadline.RemainingNs() == 0) return give_up(handed_over);
+    if (IsGone(WaitFor(fd, 0, Deadline(1)))) return -1;
+  }
+}
+
+}  // namespace fieldline
