@@ -1,0 +1,129 @@
+#include "sim/line.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace fieldline::sim {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kShortestSilence = 5ms;  // for a near end that is scheduled late
+constexpr std::chrono::milliseconds kIdleWait = 20ms;        // how soon a stopped line notices
+constexpr std::chrono::milliseconds kChunkTime = 2ms;        // replies come in pieces of about this length
+constexpr std::chrono::milliseconds kFullWait = 1s;          // bytes that nobody fetches in this time are lost
+
+void WaitUntil(const std::stop_token& stop, std::chrono::steady_clock::time_point when) {
+  for (auto now = std::chrono::steady_clock::now(); now < when && !stop.stop_requested();
+       now = std::chrono::steady_clock::now()) {
+    std::this_thread::sleep_until(std::min(when, now + kIdleWait));
+  }
+}
+
+}  // namespace
+
+void Line::SetFaults(Faults faults) {
+  const std::lock_guard lock(faults_mutex_);
+  faults_ = std::move(faults);
+}
+
+bool Line::Start() {
+  if (!terminal_.Open()) return false;
+  received_.clear();
+  thread_ = std::jthread([this](const std::stop_token& stop) { Run(stop); });
+  return true;
+}
+
+void Line::Stop() {
+  if (!thread_.joinable()) return;
+  thread_.request_stop();
+  thread_.join();
+  terminal_.Close();
+}
+
+void Line::Run(const std::stop_token& stop) {
+  const auto silence = std::max(kShortestSilence, std::chrono::ceil<std::chrono::milliseconds>(WireTime(3.5)));
+  while (!stop.stop_requested()) {
+    BYTE heard[512];
+    const auto wait = received_.empty() ? kIdleWait : silence;
+    const int count = terminal_.Read(heard, sizeof heard, static_cast<int>(wait.count()));
+    if (count < 0) return;
+    if (count > 0) {
+      const std::span bytes(heard, static_cast<std::size_t>(count));
+      if (!Understands()) {
+        Tell(Traffic::kGarbled, bytes);
+        continue;
+      }
+      WaitUntil(stop, Clock::now() + WireTime(count));
+      received_.insert(received_.end(), bytes.begin(), bytes.end());
+      Serve(stop, false);
+    } else if (!received_.empty()) {
+      Serve(stop, true);
+      if (!received_.empty()) Tell(Traffic::kUnclaimed, received_);
+      received_.clear();
+    }
+  }
+}
+
+void Line::Serve(const std::stop_token& stop, bool silent) {
+  bool taken = true;
+  while (taken && !received_.empty()) {
+    taken = false;
+    for (const auto& device : devices_) {
+      std::vector<Reply> replies;
+      const std::size_t count = device->Hear(received_, silent, replies);
+      if (count == 0) continue;
+      Tell(Traffic::kRequest, std::span(received_).first(count));
+      received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(count));
+      for (Reply& reply : replies) Send(stop, std::move(reply));
+      taken = true;
+      break;
+    }
+  }
+}
+
+void Line::Send(const std::stop_token& stop, Reply reply) {
+  {
+    const std::lock_guard lock(faults_mutex_);
+    faults_.Injure(reply);
+  }
+  if (reply.bytes.empty()) return;
+  Tell(Traffic::kReply, reply.bytes);
+  std::span<const BYTE> rest = reply.bytes;
+  const auto bytes_per_chunk = static_cast<std::size_t>(kChunkTime * options_.baud / 10s);
+  const std::size_t chunk_size = options_.paced ? std::max<std::size_t>(1, bytes_per_chunk) : rest.size();
+  auto passed = Clock::now() + reply.delay;
+  while (!rest.empty() && !stop.stop_requested()) {
+    const auto chunk = rest.first(std::min(rest.size(), chunk_size));
+    passed += WireTime(static_cast<double>(chunk.size()));
+    WaitUntil(stop, passed);
+    Put(stop, chunk);
+    rest = rest.subspan(chunk.size());
+  }
+}
+
+void Line::Put(const std::stop_token& stop, std::span<const BYTE> bytes) {
+  const auto lost = Clock::now() + kFullWait;
+  while (!bytes.empty() && !stop.stop_requested() && Clock::now() < lost) {
+    const int count = terminal_.Write(bytes.data(), static_cast<int>(bytes.size()));
+    if (count < 0) return;
+    bytes = bytes.subspan(static_cast<std::size_t>(count));
+    if (!bytes.empty()) std::this_thread::sleep_for(1ms);
+  }
+}
+
+bool Line::Understands() const {
+  const std::uint32_t baud = terminal_.Baud();
+  return options_.any_baud || baud == 0 || baud == options_.baud;
+}
+
+Line::Clock::duration Line::WireTime(double characters) const {
+  if (!options_.paced) return {};
+  return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(characters * 10 / options_.baud));
+}
+
+void Line::Tell(Traffic traffic, std::span<const BYTE> bytes) const {
+  if (listener_) listener_(traffic, bytes);
+}
+
+}  // namespace fieldline::sim

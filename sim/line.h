@@ -1,0 +1,88 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "fieldline/platform/pseudo_terminal.h"
+#include "sim/device.h"
+#include "sim/faults.h"
+
+namespace fieldline::sim {
+
+struct LineOptions {
+  std::uint32_t baud = 9600;  // speed of the devices, bit/s
+  bool any_baud = false;      // understand the near end whatever speed it has set
+  bool paced = true;          // bytes take their time: ten bits each, both ways
+};
+
+enum class Traffic {
+  kRequest,    // taken by a device
+  kUnclaimed,  // heard, and taken by none
+  kGarbled,    // sent by the near end at another speed than that of the devices
+  kReply,      // as it goes onto the wire, injuries included
+};
+
+// A serial line with devices on it, like an RS-485 bus: all hear what the near end sends, and the first that takes a
+// request answers it. The near end is opened by its path like any serial line.
+class Line {
+ public:
+  using Listener = std::function<void(Traffic, std::span<const BYTE>)>;
+
+  explicit Line(LineOptions options = {}) : options_(options) {}
+  ~Line() { Stop(); }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+
+  // Hangs a device on the line, which owns it from now on. Before Start().
+  template <typename T>
+  T& Add(std::unique_ptr<T> device) {
+    T& added = *device;
+    devices_.push_back(std::move(device));
+    return added;
+  }
+
+  // Is told, on the line's own thread, of all that passes. Before Start().
+  void SetListener(Listener listener) { listener_ = std::move(listener); }
+
+  // May be called at any time.
+  void SetFaults(Faults faults);
+
+  // Makes the line and starts serving it. False when the system has no line left.
+  bool Start();
+
+  // Ends serving and hangs the line up: the near end sees a pulled adapter. Does nothing when not started.
+  void Stop();
+
+  // Path of the near end; empty when not started.
+  std::string Path() const { return terminal_.Path(); }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void Run(const std::stop_token& stop);
+  void Serve(const std::stop_token& stop, bool silent);
+  void Send(const std::stop_token& stop, Reply reply);
+  void Put(const std::stop_token& stop, std::span<const BYTE> bytes);
+  bool Understands() const;
+  Clock::duration WireTime(double characters) const;
+  void Tell(Traffic traffic, std::span<const BYTE> bytes) const;
+
+  const LineOptions options_;
+  std::vector<std::unique_ptr<Device>> devices_;
+  Listener listener_;
+  std::mutex faults_mutex_;
+  Faults faults_;
+  PseudoTerminal terminal_;
+  Bytes received_;  // heard and not taken yet
+  std::jthread thread_;
+};
+
+}  // namespace fieldline::sim
