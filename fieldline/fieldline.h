@@ -5,4 +5,6 @@
 #include "fieldline/drivers/basic/sensor_envir.h"
 #include "fieldline/platform/device_name.h"
 #include "fieldline/platform/file.h"
+#include "fieldline/sensor/sensor_factory.h"
+#include "fieldline/serial/hub_ser_factory.h"
 #include "fieldline/serial/ser_base.h"

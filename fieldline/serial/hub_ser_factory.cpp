@@ -1,0 +1,63 @@
+#include "fieldline/serial/hub_ser_factory.h"
+
+#include <new>
+
+#include "fieldline/serial/ser_base.h"
+
+CHubSerFactory* CHubSerFactory::m_pInstance = nullptr;
+
+namespace {
+
+ISerBase* MakePort(ENUM_SERTYPE type) {
+  const bool has_port = (type >= SER_ESL1 && type <= SER_ESL8) || type == SER_COM;
+  return has_port ? new (std::nothrow) CSerBase(type) : nullptr;
+}
+
+// Ports have no virtual destructor; what a port is follows from its type.
+void DestroyPort(ISerBase* port) {
+  CSerBase* const serial = static_cast<CSerBase*>(port);
+  serial->CSerBase::~CSerBase();
+  ::operator delete(serial, std::nothrow);
+}
+
+}  // namespace
+
+CHubSerFactory* CHubSerFactory::GetInstance() {
+  if (!m_pInstance) m_pInstance = new (std::nothrow) CHubSerFactory;
+  return m_pInstance;
+}
+
+void CHubSerFactory::FreeInstance() {
+  delete m_pInstance;
+  m_pInstance = nullptr;
+}
+
+CHubSerFactory::~CHubSerFactory() {
+  for (auto port = m_arrSer.rbegin(); port != m_arrSer.rend(); ++port) DestroyPort(*port);
+}
+
+ISerBase* CHubSerFactory::GetHubSer(ENUM_SERTYPE type) {
+  for (ISerBase* port : m_arrSer) {
+    if (port->GetSerType() == type) return port;
+  }
+  ISerBase* const made = MakePort(type);
+  const int index = RegisterHubSer(made);
+  if (index < 0) {
+    if (made) DestroyPort(made);
+    return nullptr;
+  }
+  return m_arrSer[static_cast<std::size_t>(index)];
+}
+
+int CHubSerFactory::RegisterHubSer(ISerBase* port) {
+  if (!port) return -1;
+  for (std::size_t i = 0; i < m_arrSer.size(); ++i) {
+    if (m_arrSer[i]->GetSerType() == port->GetSerType()) return static_cast<int>(i);
+  }
+  try {
+    m_arrSer.push_back(port);
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
+  return static_cast<int>(m_arrSer.size()) - 1;
+}
