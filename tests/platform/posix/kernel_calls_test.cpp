@@ -1,0 +1,194 @@
+// What is handed to the kernel: a pseudo-terminal keeps neither parity nor character size, has no transmitter, and
+// takes every speed. The program is linked with --wrap=ioctl.
+
+#include <asm/termbits.h>
+#include <sys/ioctl.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <functional>
+
+#include "tests/platform/serial_line_fixture.h"
+
+extern "C" {
+int __real_ioctl(int fd, unsigned long request, void* argument);
+int __wrap_ioctl(int fd, unsigned long request, ...);
+}
+
+namespace {
+
+// Takes the kernel's place while set.
+std::function<int(int fd, unsigned long request, void* argument)> kernel;
+
+}  // namespace
+
+int __wrap_ioctl(int fd, unsigned long request, ...) {
+  va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  return kernel ? kernel(fd, request, argument) : __real_ioctl(fd, request, argument);
+}
+
+namespace fieldline {
+namespace {
+
+int Fail(int error) {
+  errno = error;
+  return -1;
+}
+
+class KernelCallsTest : public SerialLineFixture {
+ protected:
+  void TearDown() override {
+    kernel = nullptr;
+    SerialLineFixture::TearDown();
+  }
+
+  // Keeps the settings that the device hands over, and hands them on.
+  void RecordSettings() {
+    kernel = [this](int fd, unsigned long request, void* argument) {
+      if (request == TCSETS2) handed_over_.push_back(*static_cast<termios2*>(argument));
+      return __real_ioctl(fd, request, argument);
+    };
+  }
+
+  // Lets the settings through and reports `change` of them afterwards, as a driver does that can't do all.
+  void AlterSettingsTaken(std::function<void(termios2*)> change) {
+    kernel = [change = std::move(change), set = false](int fd, unsigned long request, void* argument) mutable {
+      const int result = __real_ioctl(fd, request, argument);
+      if (request == TCSETS2) set = true;
+      if (request == TCGETS2 && set) change(static_cast<termios2*>(argument));
+      return result;
+    };
+  }
+
+  std::vector<termios2> handed_over_;
+};
+
+TEST_F(KernelCallsTest, FourSettingsAreChangedAndNoOther) {
+  OpenNear();
+  const struct {
+    LineSettings settings;
+    tcflag_t format;
+  } kCases[] = {
+      {{2400, 8, Parity::kNone, StopBits::kOne}, CS8},
+      {{9600, 7, Parity::kOdd, StopBits::kTwo}, CS7 | PARENB | PARODD | CSTOPB},
+      {{19'200, 6, Parity::kEven, StopBits::kOneAndHalf}, CS6 | PARENB | CSTOPB},
+      {{12'345, 5, Parity::kMark, StopBits::kOneAndHalf}, CS5 | PARENB | PARODD | CMSPAR | CSTOPB},
+      {{250'000, 8, Parity::kSpace, StopBits::kOne}, CS8 | PARENB | CMSPAR},
+  };
+  for (const auto& c : kCases) {
+    handed_over_.clear();
+    termios2 found{};
+    kernel = [&](int fd, unsigned long request, void* argument) {
+      if (request == TCSETS2) handed_over_.push_back(*static_cast<termios2*>(argument));
+      const int result = __real_ioctl(fd, request, argument);
+      if (request == TCGETS2 && handed_over_.empty()) {
+        auto* const settings = static_cast<termios2*>(argument);
+        settings->c_cflag |= CRTSCTS | HUPCL;
+        settings->c_iflag |= IUTF8;
+        settings->c_cc[VSTOP] = 0x55;
+        found = *settings;
+      }
+      return result;
+    };
+    EXPECT_TRUE(near_.SetLine(c.settings));
+    ASSERT_EQ(1u, handed_over_.size());
+    const termios2& set = handed_over_.front();
+    constexpr tcflag_t kFormat = CSIZE | PARENB | PARODD | CMSPAR | CSTOPB;
+    constexpr tcflag_t kSpeed = CBAUD | (CBAUD << IBSHIFT);
+    EXPECT_EQ(c.format, set.c_cflag & kFormat) << c.settings.baud;
+    EXPECT_EQ(c.settings.baud, set.c_ospeed);
+    EXPECT_EQ(c.settings.baud, set.c_ispeed);
+    EXPECT_EQ(BOTHER | (BOTHER << IBSHIFT), set.c_cflag & kSpeed);
+    EXPECT_EQ(found.c_cflag & ~(kFormat | kSpeed), set.c_cflag & ~(kFormat | kSpeed));
+    EXPECT_EQ(found.c_iflag, set.c_iflag);
+    EXPECT_EQ(found.c_oflag, set.c_oflag);
+    EXPECT_EQ(found.c_lflag, set.c_lflag);
+    EXPECT_TRUE(std::equal(found.c_cc, found.c_cc + NCCS, set.c_cc));
+  }
+}
+
+TEST_F(KernelCallsTest, HardwareThatCannotDoItIsNotTakenForHardwareThatCan) {
+  OpenNear();
+  ASSERT_TRUE(near_.SetLine({.baud = 2400}));
+  kernel = [](int fd, unsigned long request, void* argument) {
+    return request == TCSETS2 ? Fail(EINVAL) : __real_ioctl(fd, request, argument);
+  };
+  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
+
+  // 2 % of 9600 is 192.
+  AlterSettingsTaken([](termios2* taken) { taken->c_ospeed = taken->c_ispeed = 9600 + 193; });
+  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
+  AlterSettingsTaken([](termios2* taken) { taken->c_ospeed = 9600 - 193; });
+  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
+  AlterSettingsTaken([](termios2* taken) { taken->c_ispeed = 9600 - 193; });
+  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
+  AlterSettingsTaken([](termios2* taken) { taken->c_cflag &= ~static_cast<tcflag_t>(CMSPAR); });
+  EXPECT_FALSE(near_.SetLine({.baud = 9600, .parity = Parity::kMark}));
+  kernel = nullptr;
+  EXPECT_EQ(2400u, far_.Baud()) << "a refusal leaves the settings that were there";
+  EXPECT_TRUE(near_.IsOpen());
+
+  AlterSettingsTaken([](termios2* taken) { taken->c_ospeed = taken->c_ispeed = 9600 - 192; });
+  EXPECT_TRUE(near_.SetLine({.baud = 9600}));
+}
+
+TEST_F(KernelCallsTest, TheLineIsClaimedBeforeItsSettingsAreTouched) {
+  std::vector<unsigned long> requests;
+  kernel = [&](int fd, unsigned long request, void* argument) {
+    requests.push_back(request);
+    return __real_ioctl(fd, request, argument);
+  };
+  OpenNear();
+  ASSERT_FALSE(requests.empty());
+  EXPECT_EQ(static_cast<unsigned long>(TIOCEXCL), requests.front());
+
+  RecordSettings();
+  EXPECT_EQ(SerialDevice::OpenResult::kInUse, SerialDevice().Open(name_.c_str()));
+  EXPECT_TRUE(handed_over_.empty());
+}
+
+TEST_F(KernelCallsTest, AWriteReturnsWhenTheTransmitterIsEmpty) {
+  OpenNear();
+  int queued = 3;
+  int bytes_in_transmitter = 3;
+  kernel = [&](int fd, unsigned long request, void* argument) {
+    if (request == TIOCOUTQ) return *static_cast<int*>(argument) = queued > 0 ? --queued : 0, 0;
+    if (request == TIOCSERGETLSR) {
+      *static_cast<unsigned int*>(argument) = --bytes_in_transmitter == 0 ? TIOCSER_TEMT : 0;
+      return 0;
+    }
+    return __real_ioctl(fd, request, argument);
+  };
+  EXPECT_EQ(4, WriteNear({1, 2, 3, 4}));
+  EXPECT_EQ(0, queued);
+  EXPECT_EQ(0, bytes_in_transmitter);
+}
+
+TEST_F(KernelCallsTest, AWriteOnAHaltedLineDiscardsTheRest) {
+  OpenNear({0, 0, 1, 10});
+  bool flushed = false;
+  kernel = [&](int fd, unsigned long request, void* argument) {
+    if (request == TIOCOUTQ) return *static_cast<int*>(argument) = flushed ? 0 : 3, 0;
+    if (request == TCFLSH && argument == reinterpret_cast<void*>(TCOFLUSH)) flushed = true;
+    return __real_ioctl(fd, request, argument);
+  };
+  EXPECT_EQ(1, WriteNear({1, 2, 3, 4}));
+  EXPECT_TRUE(flushed);
+
+  kernel = [](int fd, unsigned long request, void* argument) {
+    if (request == TIOCSERGETLSR) return *static_cast<unsigned int*>(argument) = 0, 0;
+    return __real_ioctl(fd, request, argument);
+  };
+  EXPECT_EQ(3, WriteNear({1, 2, 3, 4})) << "the last byte never left the transmitter";
+
+  kernel = [](int fd, unsigned long request, void* argument) {
+    return request == TIOCOUTQ ? Fail(EIO) : __real_ioctl(fd, request, argument);
+  };
+  EXPECT_EQ(-1, WriteNear({1, 2, 3, 4})) << "the adapter was pulled after it took the bytes";
+}
+
+}  // namespace
+}  // namespace fieldline
