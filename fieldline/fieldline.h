@@ -2,7 +2,15 @@
 
 // Everything an application needs: ports, drivers, and the two set-up calls.
 
+#include "fieldline/drivers/basic/sensor_di.h"
 #include "fieldline/drivers/basic/sensor_envir.h"
+#include "fieldline/drivers/basic/sensor_leak.h"
+#include "fieldline/drivers/basic/sensor_onoff.h"
+#include "fieldline/drivers/power/sensor_airc.h"
+#include "fieldline/drivers/power/sensor_elec.h"
+#include "fieldline/drivers/power/sensor_elec_y.h"
+#include "fieldline/drivers/power/sensor_emerson.h"
+#include "fieldline/drivers/power/sensor_ups.h"
 #include "fieldline/platform/device_name.h"
 #include "fieldline/platform/file.h"
 #include "fieldline/sensor/sensor_factory.h"

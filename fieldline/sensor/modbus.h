@@ -31,9 +31,6 @@ constexpr int kModbusCrcLength = 2;
 constexpr int RegisterReplyLength(int registers) { return kModbusHeadLength + 2 * registers + kModbusCrcLength; }
 constexpr int BitReplyLength(int bits) { return kModbusHeadLength + (bits + 7) / 8 + kModbusCrcLength; }
 
-// Low byte of a device address, as it goes on the wire.
-constexpr BYTE DeviceAddress(int addr) { return static_cast<BYTE>(addr & 0xFF); }
-
 // Writes the 8 bytes of a read request, here 2 holding registers from register 0 of device 1, and returns 8:
 //
 //   01      03        00 00     00 02  C4 0B

@@ -70,6 +70,9 @@ class FIELDLINE_API CSensorBase {
 
 namespace fieldline {
 
+// Low byte of a device address, as it goes on the wire.
+constexpr BYTE DeviceAddress(int addr) { return static_cast<BYTE>(addr & 0xFF); }
+
 // A driver's base with its record, zero until the first poll. A copy points at its own record.
 template <class Record>
 class RecordSensor : public CSensorBase {

@@ -2,7 +2,16 @@
 
 #include <new>
 
+#include "fieldline/drivers/basic/sensor_di.h"
 #include "fieldline/drivers/basic/sensor_envir.h"
+#include "fieldline/drivers/basic/sensor_leak.h"
+#include "fieldline/drivers/basic/sensor_onoff.h"
+#include "fieldline/drivers/power/sensor_airc.h"
+#include "fieldline/drivers/power/sensor_dual_proto.h"
+#include "fieldline/drivers/power/sensor_elec.h"
+#include "fieldline/drivers/power/sensor_elec_y.h"
+#include "fieldline/drivers/power/sensor_emerson.h"
+#include "fieldline/drivers/power/sensor_ups.h"
 
 CSensorFactory* CSensorFactory::m_pInstance = nullptr;
 
@@ -10,8 +19,26 @@ namespace {
 
 CSensorBase* MakeDriver(ENUM_SERDATKIND kind) {
   switch (kind) {
+    case SERDAT_ELEC:
+      return new (std::nothrow) CSensorElec;
+    case SERDAT_ONOFF:
+      return new (std::nothrow) CSensorOnoff;
+    case SERDAT_UPS:
+      return new (std::nothrow) CSensorUps;
     case SERDAT_ENVIR:
       return new (std::nothrow) CSensorEnvir;
+    case SERDAT_LEAK:
+      return new (std::nothrow) CSensorLeak;
+    case SERDAT_AIRC:
+      return new (std::nothrow) CSensorAirc;
+    case SERDAT_DI:
+      return new (std::nothrow) CSensorDi;
+    case SERDAT_EMERSON:
+      return new (std::nothrow) CSensorEmerson;
+    case SERDAT_DUAL_PROTO:
+      return new (std::nothrow) CSensorDualProto;
+    case SERDAT_ELEC_Y:
+      return new (std::nothrow) CSensorElecY;
     default:
       return nullptr;
   }

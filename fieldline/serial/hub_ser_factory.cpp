@@ -17,7 +17,7 @@ ISerBase* MakePort(ENUM_SERTYPE type) {
 void DestroyPort(ISerBase* port) {
   CSerBase* const serial = static_cast<CSerBase*>(port);
   serial->CSerBase::~CSerBase();
-  ::operator delete(serial, std::nothrow);
+  ::operator delete(serial);
 }
 
 }  // namespace

@@ -1,0 +1,190 @@
+#include "fieldline/drivers/power/sensor_dual_proto.h"
+
+#include <algorithm>
+#include <bit>
+#include <iterator>
+
+#include "fieldline/platform/clock.h"
+#include "fieldline/sensor/modbus.h"
+#include "fieldline/sensor/truncate.h"
+
+namespace {
+
+constexpr int kHead = 3;
+constexpr int kBody = 141;
+constexpr int kFrame = kHead + kBody;
+
+// Indexes of DUAL_PROTO_DATA::values.
+constexpr int kFirstFrameOnly = 9;  // 9 to 12 and 15 to 32 are not supplied by the Modbus variant
+constexpr int kEndFrameOnly = 13;
+constexpr int kSecondFrameOnly = 15;
+
+constexpr BYTE kFrameCommand[] = {0x01, 0x02};
+constexpr int kFrameRequest = 5;
+// The unit needs this long to assemble its reply.
+constexpr std::uint32_t kFramePauseMs = 500;
+
+enum class Kind {
+  kWord,         // two bytes, low byte first
+  kWordOrNone,   // the same; FF FF stands for no value and gives 0
+  kUnsigned,     // one byte
+  kSigned,       // one byte, sign-extended
+  kUnsignedTen,  // one byte, times 10
+  kSignedTen,
+};
+
+// The frame variant: where each of the values stands in the body.
+struct Field {
+  int index;  // in DUAL_PROTO_DATA::values
+  int body;
+  Kind kind;
+};
+
+constexpr Field kFields[] = {
+  // index  body  kind
+    {0,  0,  Kind::kWord       },
+    {1,  2,  Kind::kWord       },
+    {2,  4,  Kind::kWord       },
+    {3,  6,  Kind::kWord       },
+    {4,  8,  Kind::kWord       },
+    {5,  10, Kind::kWordOrNone },
+    {6,  12, Kind::kWordOrNone },
+    {7,  14, Kind::kSigned     },
+    {8,  15, Kind::kSigned     },
+    {9,  22, Kind::kUnsigned   },
+    {10, 23, Kind::kUnsigned   },
+    {11, 30, Kind::kUnsigned   },
+    {12, 31, Kind::kUnsigned   },
+    {13, 45, Kind::kUnsigned   },
+    {14, 46, Kind::kUnsigned   },
+    {15, 52, Kind::kUnsignedTen},
+    {16, 53, Kind::kUnsignedTen},
+    {17, 54, Kind::kUnsignedTen},
+    {18, 55, Kind::kUnsignedTen},
+    {19, 56, Kind::kUnsignedTen},
+    {20, 57, Kind::kSignedTen  },
+    {21, 58, Kind::kUnsignedTen},
+    {22, 59, Kind::kUnsignedTen},
+    {23, 60, Kind::kUnsignedTen},
+    {24, 61, Kind::kUnsignedTen},
+    {25, 66, Kind::kUnsignedTen},
+    {26, 67, Kind::kUnsignedTen},
+    {27, 68, Kind::kUnsigned   },
+    {28, 69, Kind::kUnsignedTen},
+    {29, 80, Kind::kUnsignedTen},
+    {30, 81, Kind::kUnsignedTen},
+    {31, 82, Kind::kUnsignedTen},
+    {32, 83, Kind::kUnsignedTen},
+};
+constexpr int kStateByte = 131;
+constexpr int kStateBit = 0x10;  // set when the state is 0
+
+static_assert(std::size(kFields) == std::size(DUAL_PROTO_DATA{}.values));
+static_assert(std::all_of(std::begin(kFields), std::end(kFields),
+                          [](const Field& field) { return field.body + 1 < kStateByte; }));
+
+WORD DecodeField(const BYTE* p, Kind kind) {
+  const auto byte_as_signed = static_cast<signed char>(*p);
+  switch (kind) {
+    case Kind::kWord:
+      return GetWordLE(p);
+    case Kind::kWordOrNone:
+      return GetWordLE(p) == 0xFFFF ? WORD{0} : GetWordLE(p);
+    case Kind::kUnsigned:
+      return *p;
+    case Kind::kSigned:
+      return static_cast<WORD>(byte_as_signed);
+    case Kind::kUnsignedTen:
+      return static_cast<WORD>(*p * 10);
+    case Kind::kSignedTen:
+      return static_cast<WORD>(byte_as_signed * 10);
+  }
+  return 0;
+}
+
+// Float k of a reply, times `factor`, without its fraction; the low 16 bits of that. The device sends a float's most
+// significant byte first.
+WORD DecodeFloat(const BYTE* frame, int k, float factor) {
+  const float value = std::bit_cast<float>(GetDwordBE(frame + kHead + 4 * k));
+  return static_cast<WORD>(fieldline::Truncate<std::int64_t>(value * factor) & 0xFFFF);
+}
+
+}  // namespace
+
+CSensorDualProto::CSensorDualProto() : RecordSensor(SERDAT_DUAL_PROTO) {}
+
+int CSensorDualProto::GetData(ISerBase* port, int addr) {
+  if (!port->IsOpened()) return 0;
+  return addr % 2 == 0 ? PollModbus(port, addr) : PollFrame(port, addr);
+}
+
+int CSensorDualProto::PollModbus(ISerBase* port, int addr) {
+  constexpr float kTenths = 10.0f;
+  constexpr float kWhole = 1.0f;
+  constexpr BYTE kHolding = fieldline::kReadHoldingRegisters;
+
+  port->Purge();
+  BYTE frame[kFrame];
+
+  if (!Transact(port, addr, kHolding, 2348, 6, frame)) return 0;
+  m_data.values[7] = DecodeFloat(frame, 1, kWhole);
+  m_data.values[13] = DecodeFloat(frame, 0, kTenths);
+  m_data.values[14] = DecodeFloat(frame, 2, kWhole);
+
+  if (!Transact(port, addr, kHolding, 2356, 2, frame)) return 0;
+  m_data.values[8] = DecodeFloat(frame, 0, kWhole);
+
+  if (!Transact(port, addr, kHolding, 2382, 14, frame)) return 0;
+  for (int k = 0; k < 7; ++k) m_data.values[k] = DecodeFloat(frame, k, kTenths);
+  std::fill(m_data.values + kFirstFrameOnly, m_data.values + kEndFrameOnly, WORD{0});
+  std::fill(m_data.values + kSecondFrameOnly, std::end(m_data.values), WORD{0});
+
+  if (!Transact(port, addr, fieldline::kReadCoils, 1013, 1, frame)) return 0;
+  m_data.state = frame[kHead];
+  return 1;
+}
+
+int CSensorDualProto::Transact(ISerBase* port, int addr, int function, int start, int count, unsigned char* frame) {
+  const int request = ModBusCmd(fieldline::DeviceAddress(addr), static_cast<BYTE>(function), static_cast<WORD>(start),
+                                static_cast<WORD>(count));
+  if (!SendCommand(port, request)) return 0;
+
+  if (port->Read(frame, kHead) != kHead) return 0;
+  const int data = frame[2];
+  const int rest = data + fieldline::kModbusCrcLength;
+  if (rest > kBody) return 0;
+  if (port->Read(frame + kHead, rest) != rest) return 0;
+
+  const int asked =
+      function == fieldline::kReadCoils ? fieldline::BitReplyLength(count) : fieldline::RegisterReplyLength(count);
+  return kHead + rest >= asked ? 1 : 0;
+}
+
+// The request to device 5, and the head of its reply:
+//
+//   05      01 02    F8 FF
+//   device  command  negated sum of the three, low byte first
+//
+//   ..  ..  8D
+//   not looked at  body length, here 141
+int CSensorDualProto::PollFrame(ISerBase* port, int addr) {
+  m_byCmd[0] = fieldline::DeviceAddress(addr);
+  std::copy(std::begin(kFrameCommand), std::end(kFrameCommand), m_byCmd + 1);
+  const int checksum = -(m_byCmd[0] + m_byCmd[1] + m_byCmd[2]);
+  m_byCmd[3] = static_cast<BYTE>(checksum & 0xFF);
+  m_byCmd[4] = static_cast<BYTE>(checksum >> 8 & 0xFF);
+  if (!SendCommand(port, kFrameRequest)) return 0;
+  fieldline::SleepMs(kFramePauseMs);
+
+  BYTE frame[kFrame];
+  if (port->Read(frame, kHead) != kHead) return 0;
+  const int length = frame[2];
+  if (length > kBody) return 0;
+  const BYTE* const body = frame + kHead;
+  if (port->Read(frame + kHead, length) != length) return 0;
+  if (length <= kStateByte) return 0;
+
+  for (const Field& field : kFields) m_data.values[field.index] = DecodeField(body + field.body, field.kind);
+  m_data.state = body[kStateByte] & kStateBit ? 0 : 1;
+  return 1;
+}
