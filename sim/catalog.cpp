@@ -1,6 +1,14 @@
 #include "sim/catalog.h"
 
+#include "sim/airc.h"
+#include "sim/dual_proto.h"
+#include "sim/elec.h"
+#include "sim/elec_y.h"
+#include "sim/emerson.h"
 #include "sim/envir.h"
+#include "sim/leak.h"
+#include "sim/onoff.h"
+#include "sim/ups.h"
 
 namespace fieldline::sim {
 namespace {
@@ -10,8 +18,18 @@ std::unique_ptr<Device> MakeAt(BYTE address) {
   return std::make_unique<T>(address);
 }
 
+std::unique_ptr<Device> MakeUps(BYTE) { return std::make_unique<Ups>(); }
+
 constexpr Kind kKinds[] = {
-    {"envir", "temperature and humidity probe", 2400, 1, MakeAt<EnvirProbe>},
+    {"envir",      "temperature and humidity probe",                                      2400, 1, MakeAt<EnvirProbe>    },
+    {"leak",       "water-leak controller",                                               9600, 1, MakeAt<LeakController>},
+    {"onoff",      "module with 12 switch inputs",                                        9600, 1, MakeAt<SwitchInputs>  },
+    {"elec",       "power meter",                                                         9600, 1, MakeAt<ElecMeter>     },
+    {"elec-y",     "power meter, second model",                                           9600, 1, MakeAt<ElecYMeter>    },
+    {"airc",       "air conditioner",                                                     9600, 1, MakeAt<AirConditioner>},
+    {"emerson",    "Emerson unit",                                                        9600, 1, MakeAt<EmersonUnit>   },
+    {"dual-proto", "dual-protocol unit: Modbus at an even address, frames at an odd one", 9600, 4, MakeDualProto         },
+    {"ups",        "uninterruptible power supply",                                        2400, 0, MakeUps               },
 };
 
 }  // namespace

@@ -1,0 +1,90 @@
+#include "sim/faults.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <string>
+
+namespace fieldline::sim {
+namespace {
+
+using namespace std::chrono_literals;
+
+const Bytes kReply = {0x01, 0x03, 0x04, 0x01, 0x23, 0xFE, 0xDC, 0x4B, 0xFC};
+
+std::vector<Bytes> Injured(std::uint32_t seed, std::vector<FaultRule> rules, int count) {
+  Faults faults(seed, std::move(rules));
+  std::vector<Bytes> injured;
+  for (int i = 0; i < count; ++i) {
+    Reply reply{kReply};
+    faults.Injure(reply);
+    injured.push_back(reply.bytes);
+  }
+  return injured;
+}
+
+TEST(Faults, HitTheRepliesOfTheirRule) {
+  const auto hits = [](FaultRule rule) {
+    std::string pattern;
+    for (const Bytes& bytes : Injured(1, {rule}, 7)) pattern += bytes.empty() ? 'x' : '.';
+    return pattern;
+  };
+  EXPECT_EQ(hits({.nth = 1}), "x......");
+  EXPECT_EQ(hits({.every = 3}), "..x..x.");
+  EXPECT_EQ(hits({.nth = 2, .every = 3}), ".xx..x.");
+  EXPECT_EQ(hits({.probability = 1}), "xxxxxxx");
+  EXPECT_EQ(hits({}), ".......");
+}
+
+TEST(Faults, InjureAsTheySay) {
+  for (std::uint32_t seed = 0; seed < 200; ++seed) {
+    SCOPED_TRACE(seed);
+    const Bytes corrupt = Injured(seed,
+                                  {
+                                      {.fault = Fault::kCorrupt, .every = 1}
+    },
+                                  1)[0];
+    ASSERT_EQ(corrupt.size(), kReply.size());
+    int flipped = 0;
+    for (std::size_t i = 0; i < kReply.size(); ++i) flipped += std::popcount<unsigned>(corrupt[i] ^ kReply[i]);
+    EXPECT_EQ(flipped, 1);
+    const Bytes truncated = Injured(seed,
+                                    {
+                                        {.fault = Fault::kTruncate, .every = 1}
+    },
+                                    1)[0];
+    EXPECT_LT(truncated.size(), kReply.size());
+    EXPECT_TRUE(std::equal(truncated.begin(), truncated.end(), kReply.begin()));
+    const Bytes noisy = Injured(seed,
+                                {
+                                    {.fault = Fault::kNoise, .every = 1}
+    },
+                                1)[0];
+    ASSERT_GT(noisy.size(), kReply.size());
+    EXPECT_TRUE(std::equal(kReply.rbegin(), kReply.rend(), noisy.rbegin()));
+  }
+  Faults late(1, {
+                     {.fault = Fault::kDelay, .every = 1, .delay = 70ms}
+  });
+  Reply reply{kReply, 30ms};
+  late.Injure(reply);
+  EXPECT_EQ(reply.delay, 100ms);
+  EXPECT_EQ(reply.bytes, kReply);
+}
+
+TEST(Faults, FollowTheSeed) {
+  const std::vector<FaultRule> rules = {
+      {.fault = Fault::kCorrupt, .probability = 0.3},
+      {.fault = Fault::kDrop,    .probability = 0.2}
+  };
+  const auto injured = Injured(42, rules, 100);
+  EXPECT_EQ(injured, Injured(42, rules, 100));
+  EXPECT_NE(injured, Injured(43, rules, 100));
+  const auto intact = std::ranges::count(injured, kReply);
+  EXPECT_GT(intact, 0);
+  EXPECT_LT(intact, 100);
+}
+
+}  // namespace
+}  // namespace fieldline::sim

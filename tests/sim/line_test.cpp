@@ -1,0 +1,199 @@
+#include "sim/line.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+
+#include "fieldline/platform/serial_device.h"
+#include "sim/envir.h"
+#include "tests/support/scripted_port.h"
+
+namespace fieldline::sim {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Hex;
+using test::Text;
+using test::ToHex;
+
+constexpr int kAnswerWait = 10000;  // ms, for what must come
+constexpr int kSilenceWait = 100;   // ms, for what must not
+
+class NearEnd {
+ public:
+  NearEnd(const Line& line, std::uint32_t baud) {
+    const std::string path = line.Path() + ":";
+    EXPECT_EQ(device_.Open(std::wstring(path.begin(), path.end()).c_str()), SerialDevice::OpenResult::kOpened);
+    SetBaud(baud);
+  }
+  ~NearEnd() { device_.Close(); }
+
+  void SetBaud(std::uint32_t baud) { EXPECT_TRUE(device_.SetLine({.baud = baud})); }
+
+  void Send(const Bytes& bytes) {
+    const int count = static_cast<int>(bytes.size());
+    EXPECT_TRUE(device_.SetTimeouts({0, 0, 0, kAnswerWait}));
+    EXPECT_EQ(device_.Write(bytes.data(), count), count);
+  }
+
+  // At most `count` bytes that come within `wait` ms.
+  Bytes Receive(int count, int wait = kAnswerWait) {
+    Bytes bytes(static_cast<std::size_t>(count));
+    EXPECT_TRUE(device_.SetTimeouts({0, wait, 0, 0}));
+    bytes.resize(static_cast<std::size_t>(device_.Read(bytes.data(), count)));
+    return bytes;
+  }
+
+  std::string Ask(const char* request, int count) {
+    Send(Hex(request));
+    return ToHex(Receive(count));
+  }
+
+  // What comes although nothing should, until the line has told of the request by raising `heard`.
+  std::string AskInVain(const char* request, const std::atomic<int>& heard) {
+    const int before = heard;
+    Send(Hex(request));
+    Bytes bytes;
+    for (int waited = 0; heard == before && bytes.empty() && waited < kAnswerWait; waited += kSilenceWait) {
+      bytes = Receive(1, kSilenceWait);
+    }
+    EXPECT_NE(heard, before);
+    return ToHex(bytes.empty() ? Receive(1, kSilenceWait) : bytes);
+  }
+
+ private:
+  SerialDevice device_;
+};
+
+// Counts what a line tells; outlives it.
+struct Tally {
+  std::atomic<int> requests = 0;
+  std::atomic<int> unclaimed = 0;
+  std::atomic<int> garbled = 0;
+
+  Line::Listener Listener() {
+    return [this](Traffic traffic, std::span<const BYTE>) {
+      requests += traffic == Traffic::kRequest;
+      unclaimed += traffic == Traffic::kUnclaimed;
+      garbled += traffic == Traffic::kGarbled;
+    };
+  }
+};
+
+std::unique_ptr<EnvirProbe> Probe(BYTE address, double humidity, double temperature) {
+  auto probe = std::make_unique<EnvirProbe>(address);
+  probe->values().PutNumber("humidity", humidity);
+  probe->values().PutNumber("temperature", temperature);
+  return probe;
+}
+
+// Answers each "?" at once with two replies of many bytes.
+class Talker : public Device {
+ public:
+  static constexpr int kReplySize = 20000;
+
+  std::size_t Hear(std::span<const BYTE> received, bool, std::vector<Reply>& replies) override {
+    if (received[0] != '?') return 0;
+    for (const BYTE fill : Text("ab")) replies.push_back({Bytes(kReplySize, fill), 5ms});
+    return 1;
+  }
+};
+
+const char kAskOne[] = "01 03 00 00 00 02 C4 0B";
+const char kFromOne[] = "01 03 04 01 23 FE DC 4B FC";
+const char kAskTen[] = "0A 03 00 00 00 02 C5 70";
+const char kFromTen[] = "0A 03 04 01 C2 00 EB A0 BC";
+
+TEST(Line, CarriesSeveralDevicesEachAtItsAddress) {
+  Tally tally;
+  Line line;
+  EnvirProbe& one = line.Add(Probe(1, 0, 0));
+  line.Add(Probe(10, 45, 23.5));
+  line.SetListener(tally.Listener());
+  ASSERT_TRUE(line.Start());
+  NearEnd near(line, 9600);
+  EXPECT_EQ(near.Ask(kAskTen, 9), ToHex(Hex(kFromTen)));
+  EXPECT_EQ(near.AskInVain("02 03 00 00 00 02 C4 38", tally.unclaimed), "");
+  EXPECT_EQ(near.AskInVain("01 03 00 00", tally.unclaimed), "");  // cut off; forgotten before the next request
+  one.values().PutNumber("humidity", 29.1);
+  one.values().PutNumber("temperature", -29.2);
+  EXPECT_EQ(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+}
+
+TEST(Line, IsSilentAtAnotherSpeed) {
+  Tally tally;
+  Line line({.baud = 2400});
+  line.Add(Probe(1, 29.1, -29.2));
+  line.SetListener(tally.Listener());
+  ASSERT_TRUE(line.Start());
+  NearEnd near(line, 9600);
+  EXPECT_EQ(near.AskInVain(kAskOne, tally.garbled), "");
+  near.SetBaud(2400);
+  EXPECT_EQ(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+}
+
+TEST(Line, TakesTheTimeOfItsSpeed) {
+  Line line({.baud = 300});
+  line.Add(Probe(1, 29.1, -29.2));
+  ASSERT_TRUE(line.Start());
+  NearEnd near(line, 300);
+  const auto asked = std::chrono::steady_clock::now();
+  EXPECT_EQ(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+  EXPECT_GE(std::chrono::steady_clock::now() - asked, 500ms);  // 17 bytes of 33 ms
+}
+
+TEST(Line, DeliversRepliesThatExceedEveryBuffer) {
+  Line line({.paced = false});
+  line.Add(std::make_unique<Talker>());
+  ASSERT_TRUE(line.Start());
+  NearEnd near(line, 9600);
+  near.Send(Text("??"));
+  for (const BYTE fill : Text("abab")) {
+    EXPECT_EQ(near.Receive(Talker::kReplySize), Bytes(Talker::kReplySize, fill));
+  }
+}
+
+TEST(Line, StopsInTheMiddleOfAReplyAndStartsAnew) {
+  Line line({.baud = 300});
+  line.Add(std::make_unique<Talker>());
+  ASSERT_TRUE(line.Start());
+  {
+    NearEnd near(line, 300);
+    near.Send(Text("?"));
+    EXPECT_EQ(near.Receive(1), Text("a"));
+    const auto stopped = std::chrono::steady_clock::now();
+    line.Stop();
+    near.Receive(Talker::kReplySize);  // ends with the line
+    EXPECT_LT(std::chrono::steady_clock::now() - stopped, 5s);
+    EXPECT_EQ(line.Path(), "");
+  }
+  ASSERT_TRUE(line.Start());
+  NearEnd near(line, 300);
+  near.Send(Text("?"));
+  EXPECT_EQ(near.Receive(1), Text("a"));
+}
+
+TEST(Line, InjuresRepliesByRule) {
+  Tally tally;
+  Line line;
+  line.Add(Probe(1, 29.1, -29.2));
+  line.SetFaults(Faults(1, {
+                               {.fault = Fault::kDrop, .nth = 2}
+  }));
+  line.SetListener(tally.Listener());
+  ASSERT_TRUE(line.Start());
+  NearEnd near(line, 9600);
+  EXPECT_EQ(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+  EXPECT_EQ(near.AskInVain(kAskOne, tally.requests), "");
+  EXPECT_EQ(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+  line.SetFaults(Faults(1, {
+                               {.fault = Fault::kCorrupt, .every = 1}
+  }));
+  EXPECT_NE(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+  line.SetFaults({});
+  EXPECT_EQ(near.Ask(kAskOne, 9), ToHex(Hex(kFromOne)));
+}
+
+}  // namespace
+}  // namespace fieldline::sim
