@@ -38,29 +38,24 @@ TEST(Faults, HitTheRepliesOfTheirRule) {
 }
 
 TEST(Faults, InjureAsTheySay) {
+  const auto once = [](std::uint32_t seed, Fault fault) {
+    return Injured(seed,
+                   {
+                       {.fault = fault, .nth = 1}
+    },
+                   1)[0];
+  };
   for (std::uint32_t seed = 0; seed < 200; ++seed) {
     SCOPED_TRACE(seed);
-    const Bytes corrupt = Injured(seed,
-                                  {
-                                      {.fault = Fault::kCorrupt, .every = 1}
-    },
-                                  1)[0];
+    const Bytes corrupt = once(seed, Fault::kCorrupt);
     ASSERT_EQ(corrupt.size(), kReply.size());
     int flipped = 0;
     for (std::size_t i = 0; i < kReply.size(); ++i) flipped += std::popcount<unsigned>(corrupt[i] ^ kReply[i]);
     EXPECT_EQ(flipped, 1);
-    const Bytes truncated = Injured(seed,
-                                    {
-                                        {.fault = Fault::kTruncate, .every = 1}
-    },
-                                    1)[0];
+    const Bytes truncated = once(seed, Fault::kTruncate);
     EXPECT_LT(truncated.size(), kReply.size());
     EXPECT_TRUE(std::equal(truncated.begin(), truncated.end(), kReply.begin()));
-    const Bytes noisy = Injured(seed,
-                                {
-                                    {.fault = Fault::kNoise, .every = 1}
-    },
-                                1)[0];
+    const Bytes noisy = once(seed, Fault::kNoise);
     ASSERT_GT(noisy.size(), kReply.size());
     EXPECT_TRUE(std::equal(kReply.rbegin(), kReply.rend(), noisy.rbegin()));
   }
