@@ -1,0 +1,441 @@
+#include "fieldline/alarm/hub_alarm.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <latch>
+#include <string>
+#include <thread>
+
+#include "fieldline/alarm/alarm_link.h"
+#include "tests/support/scripted_port.h"
+
+namespace fieldline::test {
+namespace {
+
+constexpr BYTE kOld = 0xEE;  // what a place for a result holds before an operation
+
+struct Operation {
+  const char* name;
+  int (*run)(CHubAlarm* alarm, BYTE* place);
+  const char* request;
+  const char* head;  // of the reply
+  const char* body;
+  const char* result;  // what is stored
+};
+
+char kNumber[] = "1";
+char kHi[] = "Hi";
+char kSeven[] = "7";
+char kA[] = "A";
+
+int ReadInputs(CHubAlarm* alarm, BYTE* place) {
+  unsigned long inputs = 0xEEEEEEEE;
+  const int result = alarm->Alm_read_io(&inputs);
+  EXPECT_EQ(inputs >> 16 >> 16, 0u) << "beyond 32 bits";
+  for (int i = 0; i < 4; ++i) place[i] = static_cast<BYTE>(inputs >> 8 * i & 0xFF);
+  return result;
+}
+
+// clang-format off
+const Operation kOperations[] = {
+    {"device id", [](CHubAlarm* a, BYTE* p) { return a->Alm_get_device_id(reinterpret_cast<DEVICE_ID*>(p)); },
+     "AA 00 00 01 01 55", "AA 00 04", "01 11 22 33 44 45 55", "11 22 33 44"},
+    {"status", [](CHubAlarm* a, BYTE* p) { return a->Alm_get_status(reinterpret_cast<DEVICE_STATUS*>(p)); },
+     "AA 00 00 02 02 55", "AA 00 04", "02 01 02 03 04 06 55", "01 02 03 04"},
+    {"clear text", [](CHubAlarm* a, BYTE*) { return a->Alm_clr_tts_text(); },
+     "AA 00 00 03 03 55", "AA 00 00", "03 03 55", ""},
+    {"set text", [](CHubAlarm* a, BYTE*) { return a->Alm_set_tts_text(kHi); },
+     "AA 00 03 04 48 69 00 25 55", "AA 00 00", "04 04 55", ""},
+    {"snapshot", [](CHubAlarm* a, BYTE*) { return a->Alm_set_snapshot(kSeven); },
+     "AA 00 02 05 37 00 32 55", "AA 00 00", "05 05 55", ""},
+    {"signal quality", [](CHubAlarm* a, BYTE* p) { return a->Alm_get_sig_qty(reinterpret_cast<char*>(p)); },
+     "AA 00 00 06 06 55", "AA 00 01", "06 1F 19 55", "1F"},
+    {"requests", [](CHubAlarm* a, BYTE* p) { return a->Alm_get_rmt_req(reinterpret_cast<DEVICE_REQ*>(p)); },
+     "AA 00 00 07 07 55", "AA 00 14", "07 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 14 13 55",
+     "01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 14"},
+    {"reset GSM", [](CHubAlarm* a, BYTE*) { return a->Alm_reset_gsm(); },
+     "AA 00 00 10 10 55", "AA 00 00", "10 10 55", ""},
+    {"SMS", [](CHubAlarm* a, BYTE* p) { return a->Alm_send_sms(kNumber, kA, p); },
+     "AA 00 04 11 31 00 41 00 61 55", "AA 00 01", "11 07 16 55", "07"},
+    {"reset PSTN", [](CHubAlarm* a, BYTE*) { return a->Alm_reset_pstn(); },
+     "AA 00 00 20 20 55", "AA 00 00", "20 20 55", ""},
+    {"relay", [](CHubAlarm* a, BYTE*) { return a->Alm_ctrl_relay(1, 1); },
+     "AA 00 02 32 01 01 32 55", "AA 00 00", "32 32 55", ""},
+    {"inputs", ReadInputs,
+     "AA 00 00 33 33 55", "AA 00 04", "33 78 56 34 F2 DB 55", "78 56 34 F2"},
+};
+// clang-format on
+
+const Operation& Find(const std::string& name) {
+  return *std::find_if(std::begin(kOperations), std::end(kOperations),
+                       [&](const Operation& operation) { return name == operation.name; });
+}
+
+Bytes Frame(BYTE command, const Bytes& payload = {}) {
+  Bytes frame = {0xAA, static_cast<BYTE>(payload.size() / 256), static_cast<BYTE>(payload.size() % 256), command};
+  BYTE sum = command;
+  for (const BYTE byte : payload) {
+    frame.push_back(byte);
+    sum ^= byte;
+  }
+  frame.push_back(sum);
+  frame.push_back(0x55);
+  return frame;
+}
+
+// The command's exchange, its reply in the two reads in which it is fetched.
+void Play(ScriptedPort* port, BYTE command, const Bytes& request, const Bytes& reply) {
+  const Bytes answer = Frame(command, reply);
+  port->Expect(Frame(command, request)).Reply(3, Bytes(answer.begin(), answer.begin() + 3));
+  port->Reply(static_cast<int>(answer.size()) - 3, Bytes(answer.begin() + 3, answer.end()));
+}
+
+class HubAlarmTest : public testing::Test {
+ protected:
+  HubAlarmTest() { alarm_->InitHandler(&port_); }
+  ~HubAlarmTest() override {
+    alarm_->InitHandler(nullptr);
+    CHubAlarm::FreeInstance();
+  }
+
+  // Runs an operation and expects success with its result stored, or failure with nothing stored.
+  void ExpectRun(const Operation& operation, bool good) {
+    Bytes place(24, kOld);
+    EXPECT_EQ(operation.run(alarm_, place.data()), good ? 0 : 1) << operation.name;
+    Bytes expected = good ? Hex(operation.result) : Bytes{};
+    expected.resize(place.size(), kOld);
+    EXPECT_EQ(ToHex(place), ToHex(expected)) << operation.name;
+    EXPECT_TRUE(port_.Done()) << operation.name;
+    port_.Forget();
+  }
+
+  ScriptedPort port_;
+  CHubAlarm* alarm_ = CHubAlarm::GetInstance();
+};
+
+TEST_F(HubAlarmTest, EachOperationIsOneExchange) {
+  for (const Operation& operation : kOperations) {
+    const Bytes body = Hex(operation.body);
+    port_.calls.clear();
+    port_.Expect(Hex(operation.request)).Reply(3, Hex(operation.head)).Reply(static_cast<int>(body.size()), body);
+    ExpectRun(operation, true);
+    EXPECT_EQ(port_.calls, "pwrr") << operation.name;
+  }
+}
+
+TEST_F(HubAlarmTest, RefusesEveryDamageToAReply) {
+  for (const Operation& operation : kOperations) {
+    const Bytes request = Hex(operation.request);
+    const Bytes head = Hex(operation.head);
+    const Bytes body = Hex(operation.body);
+    const int length = static_cast<int>(body.size());
+    for (int cut = 0; cut < 3; ++cut) {
+      port_.Expect(request).Reply(3, Bytes(head.begin(), head.begin() + cut));
+      ExpectRun(operation, false);
+    }
+    for (int cut = 0; cut < length; ++cut) {
+      port_.Expect(request).Reply(3, head).Reply(length, Bytes(body.begin(), body.begin() + cut));
+      ExpectRun(operation, false);
+    }
+    for (int bit = 0; bit < length * 8; ++bit) {
+      Bytes flipped = body;
+      BYTE& byte = flipped[static_cast<std::size_t>(bit / 8)];
+      byte = static_cast<BYTE>(byte ^ 1 << bit % 8);
+      port_.Expect(request).Reply(3, head).Reply(length, flipped);
+      ExpectRun(operation, false);
+    }
+  }
+}
+
+TEST_F(HubAlarmTest, JudgesTheHeadOfAReplyAsEachCommandWants) {
+  const struct {
+    const char* operation;
+    const char* head;
+    const char* body;  // empty: not read
+    bool good;
+  } cases[] = {
+  // The start mark counts for two commands only.
+      {"device id",      "00 00 04", "01 11 22 33 44 45 55",                                              true },
+      {"status",         "55 00 04", "02 01 02 03 04 06 55",                                              true },
+      {"snapshot",       "AB 00 00", "",                                                                  false},
+      {"snapshot",       "AA 01 00", "",                                                                  false},
+      {"snapshot",       "AA 00 01", "",                                                                  false},
+      {"signal quality", "2A 00 01", "",                                                                  false},
+      {"signal quality", "AA 00 00", "",                                                                  false},
+      {"signal quality", "AA 00 02", "",                                                                  false},
+      {"signal quality", "AA 01 01", "",                                                                  false},
+ // More payload than is taken.
+      {"device id",      "AA 00 05", "01 11 22 33 44 55 10 55",                                           true },
+      {"reset GSM",      "AA 00 02", "10 AB CD 76 55",                                                    true },
+      {"SMS",            "AA 00 02", "11 07 01 17 55",                                                    true },
+      {"status",         "AA 00 06", "02 01 02 03 04 05 06",                                              false},
+      {"status",         "AA 00 06", "02 01 02 03 04 06 55",                                              true },
+      {"status",         "AA FF FF", "02 01 02 03 04 06 55",                                              true },
+ // As much as the buffer holds, and more.
+      {"reset PSTN",     "AA 00 1D",
+       "20 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 21 55", true },
+      {"reset PSTN",     "AA 00 1E", "",                                                                  false},
+      {"device id",      "AA 01 04", "",                                                                  false},
+      {"requests",       "AA FF FF", "",                                                                  false},
+ // Less payload than is taken.
+      {"device id",      "AA 00 03", "01 11 22 33 01 55",                                                 false},
+      {"status",         "AA 00 03", "02 01 02 03 02 55",                                                 false},
+      {"status",         "AA 00 00", "02 02 55",                                                          false},
+      {"requests",       "AA 00 13", "07 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 07 55", false},
+      {"SMS",            "AA 00 00", "11 11 55",                                                          false},
+      {"inputs",         "AA 00 03", "33 78 56 34 29 55",                                                 false},
+  };
+  for (const auto& [name, head, body_text, good] : cases) {
+    SCOPED_TRACE(std::string(name) + ", " + head);
+    const Operation& operation = Find(name);
+    const Bytes body = Hex(body_text);
+    port_.Expect(Hex(operation.request)).Reply(3, Hex(head));
+    if (!body.empty()) port_.Reply(static_cast<int>(body.size()), body);
+    ExpectRun(operation, good);
+  }
+}
+
+TEST_F(HubAlarmTest, MmsGoesInBlocksOf256) {
+  for (const std::size_t size : {0u, 1u, 255u, 256u, 257u, 512u, 600u}) {
+    SCOPED_TRACE(size);
+    Bytes data(size);
+    for (std::size_t i = 0; i < size; ++i) data[i] = static_cast<BYTE>((i * 7 + i / 256) & 0xFF);
+    port_.Expect(Hex("AA 00 00 12 12 55")).Reply(3, Hex("AA 00 01")).Reply(4, Hex("12 00 12 55"));
+    for (std::size_t offset = 0; offset < size; offset += 256) {
+      const auto first = data.begin() + static_cast<std::ptrdiff_t>(offset);
+      const auto length = static_cast<std::ptrdiff_t>(std::min<std::size_t>(256, size - offset));
+      Play(&port_, 0x13, Bytes(first, first + length), {});
+    }
+    port_.Expect(Hex("AA 00 00 14 14 55")).Reply(3, Hex("AA 00 01")).Reply(4, Hex("14 00 14 55"));
+    port_.Expect(Hex("AA 00 03 15 48 69 00 34 55")).Reply(3, Hex("AA 00 01")).Reply(4, Hex("15 00 15 55"));
+    EXPECT_EQ(alarm_->Alm_send_mms(kHi, size > 0 ? data.data() : nullptr, size), 0);
+    EXPECT_TRUE(port_.Done());
+  }
+}
+
+TEST_F(HubAlarmTest, MmsEndsAtTheFirstStepThatFails) {
+  constexpr BYTE kSteps[] = {0x12, 0x13, 0x13, 0x14, 0x15};
+  Bytes data(300, 0x40);
+  const auto request = [&](std::size_t step) -> Bytes {
+    if (kSteps[step] == 0x13) return Bytes(step == 1 ? 256 : 44, 0x40);
+    return kSteps[step] == 0x15 ? Bytes{'H', 'i', 0} : Bytes{};
+  };
+  const auto accepted = [](BYTE command) { return command == 0x13 ? Bytes{} : Bytes{0}; };
+  const auto run = [&](std::size_t failing, auto fail) {
+    for (std::size_t step = 0; step < failing; ++step) {
+      Play(&port_, kSteps[step], request(step), accepted(kSteps[step]));
+    }
+    fail(failing);
+    EXPECT_EQ(alarm_->Alm_send_mms(kHi, data.data(), data.size()), 1) << "step " << failing;
+    EXPECT_TRUE(port_.Done()) << "step " << failing;
+    port_.Forget();
+  };
+  for (std::size_t step = 0; step < std::size(kSteps); ++step) {
+    run(step, [&](std::size_t i) { port_.Expect(Frame(kSteps[i], request(i))).Reply(3, {}); });
+    if (kSteps[step] == 0x13) continue;
+    run(step, [&](std::size_t i) { Play(&port_, kSteps[i], request(i), {1}); });  // the board refuses
+    run(step, [&](std::size_t i) { Play(&port_, kSteps[i], request(i), {}); });   // or says nothing
+  }
+
+  // Whatever length the answer to a block announces, checksum and end mark are looked for right behind the command.
+  const auto answer_block = [&](const char* body) {
+    Play(&port_, 0x12, {}, {0});
+    port_.Expect(Frame(0x13, {0x40})).Reply(3, Hex("AA 00 02")).Reply(3, Hex(body));
+  };
+  answer_block("13 00 55");
+  EXPECT_EQ(alarm_->Alm_send_mms(kHi, data.data(), 1), 1);
+  answer_block("13 13 55");
+  Play(&port_, 0x14, {}, {0});
+  Play(&port_, 0x15, {'H', 'i', 0}, {0});
+  EXPECT_EQ(alarm_->Alm_send_mms(kHi, data.data(), 1), 0);
+}
+
+TEST_F(HubAlarmTest, DialAndSpeechSetTheTextFirst) {
+  const Bytes set_text = Hex("AA 00 03 04 48 69 00 25 55");
+  const auto text_is_set = [&] { port_.Expect(set_text).Reply(3, Hex("AA 00 00")).Reply(3, Hex("04 04 55")); };
+
+  text_is_set();
+  port_.Expect(Hex("AA 00 02 21 31 00 10 55")).Reply(3, Hex("AA 00 00")).Reply(3, Hex("21 21 55"));
+  EXPECT_EQ(alarm_->Alm_pstn_dial(kNumber, kHi), 0);
+  text_is_set();
+  port_.Expect(Hex("AA 00 00 31 31 55")).Reply(3, Hex("AA 00 00")).Reply(3, Hex("31 31 55"));
+  EXPECT_EQ(alarm_->Alm_tts_local(kHi), 0);
+
+  // A text that was not set is neither dialled nor spoken.
+  port_.Expect(set_text).Reply(3, {});
+  EXPECT_EQ(alarm_->Alm_pstn_dial(kNumber, kHi), 1);
+  port_.Expect(set_text).Reply(3, {});
+  EXPECT_EQ(alarm_->Alm_tts_local(kHi), 1);
+
+  text_is_set();
+  port_.Expect(Hex("AA 00 02 21 31 00 10 55")).Reply(3, {});
+  EXPECT_EQ(alarm_->Alm_pstn_dial(kNumber, kHi), 1);
+  text_is_set();
+  port_.Expect(Hex("AA 00 00 31 31 55")).Reply(3, {});
+  EXPECT_EQ(alarm_->Alm_tts_local(kHi), 1);
+}
+
+TEST_F(HubAlarmTest, RefusesWhatCannotBeSentBeforeTouchingTheLine) {
+  std::string fits(505, 'x');
+  std::string too_long(506, 'x');
+  std::string half(252, 'x');  // two of them and their zeros are 506 bytes
+  std::string more_than_half(253, 'x');
+  char* const longest = fits.data();
+  char* const refused = too_long.data();
+  BYTE result = kOld;
+  BYTE data = 0;
+
+  EXPECT_EQ(alarm_->Alm_set_tts_text(refused), 1);
+  EXPECT_EQ(alarm_->Alm_set_snapshot(refused), 1);
+  EXPECT_EQ(alarm_->Alm_tts_local(refused), 1);
+  EXPECT_EQ(alarm_->Alm_pstn_dial(refused, kHi), 1);
+  EXPECT_EQ(alarm_->Alm_pstn_dial(kNumber, refused), 1);
+  EXPECT_EQ(alarm_->Alm_send_mms(refused, &data, 1), 1);
+  EXPECT_EQ(alarm_->Alm_send_sms(half.data(), more_than_half.data(), &result), 1);
+  EXPECT_EQ(alarm_->Alm_send_sms(refused, kA, &result), 1);
+  EXPECT_EQ(alarm_->Alm_send_sms(kNumber, refused, &result), 1);
+
+  EXPECT_EQ(alarm_->Alm_set_tts_text(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_set_snapshot(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_tts_local(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_pstn_dial(nullptr, kHi), 1);
+  EXPECT_EQ(alarm_->Alm_pstn_dial(kNumber, nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_send_mms(nullptr, &data, 1), 1);
+  EXPECT_EQ(alarm_->Alm_send_mms(kHi, nullptr, 1), 1);
+  EXPECT_EQ(alarm_->Alm_send_sms(nullptr, kA, &result), 1);
+  EXPECT_EQ(alarm_->Alm_send_sms(kNumber, nullptr, &result), 1);
+  EXPECT_EQ(alarm_->Alm_send_sms(kNumber, kA, nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_get_device_id(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_get_status(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_get_sig_qty(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_get_rmt_req(nullptr), 1);
+  EXPECT_EQ(alarm_->Alm_read_io(nullptr), 1);
+  alm_send_frame(0x04, &data, 507);
+  alm_send_frame(0x04, &data, -1);
+  EXPECT_EQ(port_.calls, "");
+  EXPECT_EQ(result, kOld);
+
+  // The longest that goes: 506 bytes, 01 FA.
+  Bytes text = Text(fits);
+  text.push_back(0);
+  Play(&port_, 0x04, text, {});
+  EXPECT_EQ(alarm_->Alm_set_tts_text(longest), 0);
+  Bytes halves = Text(half);
+  halves.push_back(0);
+  halves.insert(halves.end(), halves.begin(), halves.begin() + 253);
+  Play(&port_, 0x11, halves, {0});
+  EXPECT_EQ(alarm_->Alm_send_sms(half.data(), half.data(), &result), 0);
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(HubAlarmTest, AFailedWriteReopensThePortOnce) {
+  const Bytes request = Hex("AA 00 00 10 10 55");
+  const auto answered = [&] { port_.Reply(3, Hex("AA 00 00")).Reply(3, Hex("10 10 55")); };
+  const auto expect_run = [&](int result, const char* calls) {
+    port_.calls.clear();
+    EXPECT_EQ(alarm_->Alm_reset_gsm(), result) << calls;
+    EXPECT_EQ(port_.calls, calls);
+    EXPECT_TRUE(port_.Done()) << calls;
+  };
+
+  port_.ExpectButReport(request, -1).Expect(request);
+  answered();
+  expect_run(0, "pwcowrr");
+
+  port_.ExpectButReport(request, -1).ExpectButReport(request, -1).Reply(3, {});
+  expect_run(1, "pwcowr");
+
+  // Part of a frame is not sent again; what answers all the same is believed.
+  port_.ExpectButReport(request, 5);
+  answered();
+  expect_run(0, "pwrr");
+
+  port_.open = 0;
+  port_.Expect(request);
+  answered();
+  expect_run(0, "pwcowrr");
+
+  port_.open = 0;
+  port_.can_open = 0;
+  expect_run(1, "pwcowr");
+}
+
+TEST_F(HubAlarmTest, ReportsWhetherTheLinkIsOpen) {
+  port_.open = 0;
+  port_.calls.clear();
+  EXPECT_FALSE(alarm_->IsReady());
+  EXPECT_EQ(alarm_->Alm_ctrl_init(), 1);
+  EXPECT_TRUE(alarm_->IsReady());
+  alarm_->InitHandler(&port_);
+  EXPECT_FALSE(alarm_->IsReady()) << "a port that is installed anew is closed";
+  port_.can_open = 0;
+  EXPECT_EQ(alarm_->Alm_ctrl_init(), 0);
+  EXPECT_EQ(port_.calls, "oco");
+
+  EXPECT_EQ(alarm_->Alm_test_com(), 0);
+  EXPECT_EQ(alarm_->GetKind(), SERDAT_ALARM);
+  EXPECT_EQ(alarm_->m_pData, nullptr);
+  EXPECT_EQ(alarm_->GetData(&port_, 1), 0);
+  EXPECT_EQ(port_.calls, "oco");
+}
+
+TEST_F(HubAlarmTest, ThePortOutlivesTheObject) {
+  CHubAlarm::FreeInstance();
+  CHubAlarm::FreeInstance();
+  EXPECT_EQ(port_.open, 1);
+
+  alarm_ = CHubAlarm::GetInstance();
+  EXPECT_FALSE(alarm_->IsReady());
+  EXPECT_EQ(alarm_->Alm_ctrl_init(), 0);
+  Play(&port_, 0x10, {}, {});
+  EXPECT_EQ(alarm_->Alm_reset_gsm(), 0) << "the link still has the port";
+
+  ScriptedPort other;
+  alarm_->InitHandler(&other);
+  EXPECT_EQ(port_.open, 0);
+  EXPECT_EQ(other.calls, "");
+  EXPECT_TRUE(alarm_->IsReady());
+
+  alarm_->InitHandler(nullptr);
+  EXPECT_EQ(other.open, 0);
+  other.calls.clear();
+  EXPECT_FALSE(alarm_->IsReady());
+  EXPECT_EQ(alarm_->Alm_ctrl_init(), 0);
+  for (const Operation& operation : kOperations) ExpectRun(operation, false);
+  EXPECT_EQ(alarm_->Alm_send_mms(kHi, nullptr, 0), 1);
+  EXPECT_EQ(alarm_->Alm_pstn_dial(kNumber, kHi), 1);
+  EXPECT_EQ(alarm_->Alm_tts_local(kHi), 1);
+  EXPECT_EQ(other.calls, "");
+}
+
+TEST_F(HubAlarmTest, AThreadThatHoldsTheLockKeepsOthersOut) {
+  for (int i = 0; i < 50; ++i) Play(&port_, 0x20, {}, {});
+  Play(&port_, 0x10, {}, {});
+
+  IHubAlarm* const alarm = alarm_;
+  alarm->Lock();
+  alarm->Lock();
+  std::latch started(1);
+  std::thread other([&] {
+    started.count_down();
+    EXPECT_EQ(alarm->Alm_reset_gsm(), 0);
+  });
+  started.wait();
+  for (int i = 0; i < 25; ++i) EXPECT_EQ(alarm->Alm_reset_pstn(), 0);
+  alarm->Unlock();
+  for (int i = 0; i < 25; ++i) EXPECT_EQ(alarm->Alm_reset_pstn(), 0);
+  alarm->Unlock();
+  other.join();
+  EXPECT_TRUE(port_.Done());
+}
+
+TEST_F(HubAlarmTest, ChecksumOfNothingIsZero) {
+  const BYTE bytes[] = {0x32, 0x01, 0x03};
+  EXPECT_EQ(alm_xor_sum(bytes, 3), 0x30);
+  EXPECT_EQ(alm_xor_sum(bytes, 0), 0);
+  EXPECT_EQ(alm_xor_sum(bytes, -1), 0);
+}
+
+}  // namespace
+}  // namespace fieldline::test
