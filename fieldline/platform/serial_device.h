@@ -66,8 +66,8 @@ class SerialDevice {
   // Reads the line's settings, changes speed, data bits, parity and stop bits, and writes them back; nothing else of
   // the line changes. False, with the line still open, when closed, for 0 bit/s, for data bits outside 5 to 8, and when
   // the hardware refuses the settings or takes a speed more than 2 % away from the one asked for; the line then keeps
-  // the settings it had. Any other speed works, standard or not. One and a half stop bits exist in hardware with 5 data bits only; with 6 to 8 the line gets
-  // two, which a receiver of one and a half accepts.
+  // the settings it had. Any other speed works, standard or not. One and a half stop bits exist in hardware with 5 data
+  // bits only; with 6 to 8 the line gets two, which a receiver of one and a half accepts.
   bool SetLine(const LineSettings& settings);
 
   // Discards all bytes received and not read, and all bytes written and not sent. False when closed or refused.

@@ -62,9 +62,14 @@ TEST_F(SerialDeviceTest, OpenTellsWhatIsWrong) {
   const struct {
     std::wstring name;
     OpenResult result;
-  } kCases[] = {{below + L"/nothing:", OpenResult::kNoSuchDevice}, {below + L"/file/x:", OpenResult::kNoSuchDevice},
-                {below + L"/file:", OpenResult::kNotSerial},       {below + L":", OpenResult::kNotSerial},
-                {L"NO SUCH NAME:", OpenResult::kNoSuchDevice},     {L"ESL1", OpenResult::kNoSuchDevice}};
+  } kCases[] = {
+      {below + L"/nothing:", OpenResult::kNoSuchDevice},
+      {below + L"/file/x:",  OpenResult::kNoSuchDevice},
+      {below + L"/file:",    OpenResult::kNotSerial   },
+      {below + L":",         OpenResult::kNotSerial   },
+      {L"NO SUCH NAME:",     OpenResult::kNoSuchDevice},
+      {L"ESL1",              OpenResult::kNoSuchDevice}
+  };
   for (const auto& c : kCases) {
     EXPECT_EQ(c.result, near_.Open(c.name.c_str())) << testing::PrintToString(c.name);
     EXPECT_FALSE(near_.IsOpen());
@@ -97,7 +102,11 @@ TEST_F(SerialDeviceTest, AnySpeedAndNoOtherThanTheOneAskedFor) {
     EXPECT_EQ(baud, far_.Baud());
   }
   const LineSettings kRefused[] = {
-      {.baud = 0}, {.baud = 9600, .data_bits = 4}, {.baud = 9600, .data_bits = 9}, {.baud = 9600, .data_bits = 0}};
+      {.baud = 0      },
+      { .baud = 9600, .data_bits = 4},
+      { .baud = 9600, .data_bits = 9},
+      { .baud = 9600, .data_bits = 0}
+  };
   for (const LineSettings& refused : kRefused) EXPECT_FALSE(near_.SetLine(refused));
   EXPECT_EQ(3'000'000u, far_.Baud());
   EXPECT_EQ(1, WriteNear({'a'}));

@@ -33,28 +33,30 @@ TEST(DevicePathTest, NamesHaveDefaults) {
   const struct {
     const wchar_t* device;
     const char* path;
-  } kCases[] = {{L"ESL1:", "/dev/ttyESL1"},
-                {L"ESL8:", "/dev/ttyESL8"},
-                {L"COM1:", "/dev/ttyS0"},
-                {L"COM10:", "/dev/ttyS9"},
-                {L"EIO1:", "/dev/eio1"},
-                {L"/dev/ttyUSB0:", "/dev/ttyUSB0"},
-                {L"./a:b:", "./a:b"},
-                {L"/\x6E29:", "/\xE6\xB8\xA9"},
-                {L"COM0:", "-"},
-                {L"COM:", "-"},
-                {L"COM-1:", "-"},
-                {L"COM1", "-"},
-                {L"COM1x:", "-"},
-                {L"COM01:", "-"},
-                {L"com1:", "-"},
-                {L"COM99999999999:", "-"},
-                {L"EIO2:", "-"},
-                {L"CO:", "-"},
-                {L":", "-"},
-                {L"", "-"},
-                {L"/dev/ttyUSB0", "-"},
-                {nullptr, "-"}};
+  } kCases[] = {
+      {L"ESL1:",           "/dev/ttyESL1" },
+      {L"ESL8:",           "/dev/ttyESL8" },
+      {L"COM1:",           "/dev/ttyS0"   },
+      {L"COM10:",          "/dev/ttyS9"   },
+      {L"EIO1:",           "/dev/eio1"    },
+      {L"/dev/ttyUSB0:",   "/dev/ttyUSB0" },
+      {L"./a:b:",          "./a:b"        },
+      {L"/\x6E29:",        "/\xE6\xB8\xA9"},
+      {L"COM0:",           "-"            },
+      {L"COM:",            "-"            },
+      {L"COM-1:",          "-"            },
+      {L"COM1",            "-"            },
+      {L"COM1x:",          "-"            },
+      {L"COM01:",          "-"            },
+      {L"com1:",           "-"            },
+      {L"COM99999999999:", "-"            },
+      {L"EIO2:",           "-"            },
+      {L"CO:",             "-"            },
+      {L":",               "-"            },
+      {L"",                "-"            },
+      {L"/dev/ttyUSB0",    "-"            },
+      {nullptr,            "-"            }
+  };
   for (const auto& c : kCases) EXPECT_EQ(c.path, PathOf(c.device)) << testing::PrintToString(c.device);
   EXPECT_EQ("-", PathOf((L"/" + std::wstring(PATH_MAX, L'a') + L":").c_str()));
 }

@@ -72,11 +72,11 @@ TEST_F(KernelCallsTest, FourSettingsAreChangedAndNoOther) {
     LineSettings settings;
     tcflag_t format;
   } kCases[] = {
-      {{2400, 8, Parity::kNone, StopBits::kOne}, CS8},
-      {{9600, 7, Parity::kOdd, StopBits::kTwo}, CS7 | PARENB | PARODD | CSTOPB},
-      {{19'200, 6, Parity::kEven, StopBits::kOneAndHalf}, CS6 | PARENB | CSTOPB},
+      {{2400, 8, Parity::kNone, StopBits::kOne},          CS8                                    },
+      {{9600, 7, Parity::kOdd, StopBits::kTwo},           CS7 | PARENB | PARODD | CSTOPB         },
+      {{19'200, 6, Parity::kEven, StopBits::kOneAndHalf}, CS6 | PARENB | CSTOPB                  },
       {{12'345, 5, Parity::kMark, StopBits::kOneAndHalf}, CS5 | PARENB | PARODD | CMSPAR | CSTOPB},
-      {{250'000, 8, Parity::kSpace, StopBits::kOne}, CS8 | PARENB | CMSPAR},
+      {{250'000, 8, Parity::kSpace, StopBits::kOne},      CS8 | PARENB | CMSPAR                  },
   };
   for (const auto& c : kCases) {
     handed_over_.clear();

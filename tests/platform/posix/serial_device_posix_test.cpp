@@ -120,7 +120,10 @@ TEST_F(SerialDevicePosixTest, SignalsDoNotShortenAWait) {
   struct sigaction former;
   action.sa_handler = [](int) { alarms = alarms + 1; };
   ASSERT_EQ(0, sigaction(SIGALRM, &action, &former));
-  const itimerval every_ms = {{0, 1000}, {0, 1000}};
+  const itimerval every_ms = {
+      {0, 1000},
+      {0, 1000}
+  };
   const itimerval never{};
   setitimer(ITIMER_REAL, &every_ms, nullptr);
 
