@@ -1,0 +1,120 @@
+#include "fieldline/drivers/ascii/hex_frame.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace {
+
+using fieldline::kEoi;
+using fieldline::kInfoPosition;
+using fieldline::kLengthPosition;
+using fieldline::kRtnPosition;
+using fieldline::kSoi;
+
+constexpr BYTE kHexDigits[] = "0123456789ABCDEF";
+constexpr int kChecksumLength = 4;
+
+BYTE* PutHexByte(BYTE* out, BYTE byte) {
+  *out++ = GetHexHigh(byte);
+  *out++ = GetHexLow(byte);
+  return out;
+}
+
+BYTE* PutHexWord(BYTE* out, WORD word) {
+  out = PutHexByte(out, static_cast<BYTE>(word >> 8));
+  return PutHexByte(out, static_cast<BYTE>(word & 0xFF));
+}
+
+bool IsFrameCharacter(BYTE c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || c == kSoi || c == kEoi; }
+
+}  // namespace
+
+BYTE GetHexHigh(BYTE byte) { return kHexDigits[byte >> 4]; }
+
+BYTE GetHexLow(BYTE byte) { return kHexDigits[byte & 0x0F]; }
+
+BYTE GetHexValue(BYTE character) {
+  if (character >= '0' && character <= '9') return static_cast<BYTE>(character - '0');
+  if (character >= 'A' && character <= 'F') return static_cast<BYTE>(character - 'A' + 10);
+  return 0;
+}
+
+BYTE GetHexByte(const BYTE* characters) {
+  return static_cast<BYTE>(GetHexValue(characters[0]) << 4 | GetHexValue(characters[1]));
+}
+
+WORD GetHexWord(const BYTE* characters) {
+  return static_cast<WORD>(GetHexByte(characters) << 8 | GetHexByte(characters + 2));
+}
+
+double GetHexFloat(const BYTE* characters) {
+  const unsigned low = GetHexByte(characters) | GetHexByte(characters + 2) * 0x100u;
+  const unsigned high = GetHexByte(characters + 4) | GetHexByte(characters + 6) * 0x100u;
+  const std::uint32_t bits = high << 16 | low;
+  const int exponent = static_cast<int>(bits >> 23 & 0xFF);
+  const std::uint32_t fraction = bits & 0x7FFFFF;
+  return std::ldexp(0x800000 | fraction, exponent - 127 - 23);
+}
+
+// Equal to printing `value` with that many decimals, reading the text back, multiplying and truncating: 24 significant
+// bits times 100 are exact in a double, so the count is rounded as printf rounds it, and the quotient of two whole
+// numbers is the double nearest to the decimal number, as its text is read.
+double GetScaledValue(double value, int decimals) {
+  const double factor = decimals == 1 ? 10.0 : 100.0;
+  const double decimal = std::nearbyint(value * factor) / factor;
+  return std::trunc(decimal * factor);
+}
+
+WORD GetLengthWord(WORD lenid) {
+  const int nibbles = (lenid >> 8 & 0xF) + (lenid >> 4 & 0xF) + (lenid & 0xF);
+  return static_cast<WORD>(lenid + (-nibbles & 0xF) * 0x1000);
+}
+
+WORD GetFrameChecksum(const BYTE* characters, int count) {
+  unsigned sum = 0;
+  for (int i = 0; i < count; ++i) sum += characters[i];
+  return static_cast<WORD>(-sum & 0xFFFF);
+}
+
+int BuildFrame(BYTE* buffer, BYTE ver, BYTE adr, BYTE cid1, BYTE cid2, const BYTE* info, WORD lenid, BYTE soi) {
+  BYTE* out = buffer;
+  *out++ = soi;
+  out = PutHexByte(out, ver);
+  out = PutHexByte(out, adr);
+  out = PutHexByte(out, cid1);
+  out = PutHexByte(out, cid2);
+  out = PutHexWord(out, GetLengthWord(lenid));
+  out = std::copy_n(info, lenid, out);
+  out = PutHexWord(out, GetFrameChecksum(buffer + 1, static_cast<int>(out - buffer) - 1));
+  *out++ = kEoi;
+  return static_cast<int>(out - buffer);
+}
+
+void SetFrameCommand(BYTE* frame, BYTE cid2) {
+  PutHexByte(frame + kRtnPosition, cid2);
+  PutHexWord(frame + kInfoPosition, GetFrameChecksum(frame + 1, kInfoPosition - 1));
+}
+
+// A reply of 15 INFO bytes (30 = 0x01E characters); RTN stands where a request has CID2:
+//
+//   0 1   3   5   7   9    13                             43   47
+//   ~ 11  01  2A  00  101E 00A100B1B2B3B4B5B6B7B8B9BA0000 F6EF \r
+//     VER ADR CID RTN LEN  INFO                           CHKSUM
+bool CheckReply(const BYTE* reply, int received, int expected) {
+  if (received != expected || expected < fieldline::FrameLength(0)) return false;
+  if (!fieldline::IsCarriedOut(reply)) return false;
+  if (!std::all_of(reply, reply + expected, IsFrameCharacter)) return false;
+
+  // Compared as characters, not as a number: "~" has no value that could be wrong.
+  const int checksum_position = expected - fieldline::kTrailLength;
+  BYTE checksum[kChecksumLength];
+  PutHexWord(checksum, GetFrameChecksum(reply + 1, checksum_position - 1));
+  return std::equal(checksum, checksum + kChecksumLength, reply + checksum_position);
+}
+
+namespace fieldline {
+
+bool IsCarriedOut(const BYTE* reply) { return reply[kRtnPosition] == '0' && reply[kRtnPosition + 1] == '0'; }
+
+}  // namespace fieldline

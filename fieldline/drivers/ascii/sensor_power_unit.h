@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "fieldline/sensor/sensor_base.h"
+
+// What each value means belongs to the application. All are magnitudes: the unit's signs are dropped.
+struct POWER_UNIT_DATA {
+  static constexpr int kValues = 52;
+
+  std::int32_t values[kValues];  // 0.1, but for 6, 7, 11 and 20 to 23 (from 0): 0.01, and 48: whole units
+  BYTE states[11];
+  BYTE not_written;
+};
+static_assert(sizeof(POWER_UNIT_DATA) == 220);
+static_assert(offsetof(POWER_UNIT_DATA, states) == 208);
+
+// Power unit over the hexadecimal ASCII protocol; kind SERDAT_POWER_UNIT. Reached through the sensor factory alone.
+class CSensorPowerUnit : public fieldline::RecordSensor<POWER_UNIT_DATA> {
+ public:
+  CSensorPowerUnit();
+
+  // Five exchanges with the unit at address `addr` (low byte): values 0 to 12, 13 to 20, 21 to 35, 36 to 51, states.
+  // Each writes its part of the record at once; after a failure the parts of the later ones are as they were.
+  //
+  // All but the fourth last the full time-out of a 150-byte read, since their replies are shorter.
+  int GetData(ISerBase* port, int addr) override;
+
+ private:
+  bool Exchange(ISerBase* port, BYTE command, BYTE* reply, int length);
+};
