@@ -75,11 +75,14 @@ void DualProtoModbus::Refresh() {
 }
 
 DualProtoFrame::DualProtoFrame(BYTE address) : address_(address) {
-  for (const int place : kWords) values().Add({.name = WordName(place), .maximum = 0xFFFF, .number = 220, .drift = 5});
-  for (const int place : kSignedBytes) {
-    values().Add({.name = ByteName(place), .minimum = -128, .maximum = 127, .number = -3, .drift = 2});
+  // Values differ until they are set, so that one in the wrong place is noticed.
+  for (const int place : kWords) {
+    values().Add({.name = WordName(place), .maximum = 0xFFFF, .number = 220.0 + place, .drift = 5});
   }
-  for (const int place : kBytes) values().Add({.name = ByteName(place), .maximum = 255, .number = 22});
+  for (const int place : kSignedBytes) {
+    values().Add({.name = ByteName(place), .minimum = -128, .maximum = 127, .number = -1.0 * place, .drift = 2});
+  }
+  for (const int place : kBytes) values().Add({.name = ByteName(place), .maximum = 255, .number = 1.0 * place});
   values().Add({.name = "state", .maximum = 1, .number = 1});
 }
 
