@@ -8,7 +8,6 @@ namespace {
 
 using fieldline::kEoi;
 using fieldline::kInfoPosition;
-using fieldline::kLengthPosition;
 using fieldline::kRtnPosition;
 using fieldline::kSoi;
 
