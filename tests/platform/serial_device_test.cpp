@@ -1,5 +1,6 @@
 #include "fieldline/platform/serial_device.h"
 
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <thread>
@@ -115,17 +116,26 @@ TEST_F(SerialDeviceTest, AnySpeedAndNoOtherThanTheOneAskedFor) {
 
 // More bytes than the line holds can't all be there at once: the read must wait for several arrivals.
 TEST_F(SerialDeviceTest, AReadGathersWhatDribblesInHoweverLongItMayTake) {
-  OpenNear({INT_MAX, INT_MAX, 0, 0});
+  OpenNear();
   const Bytes sent = MoreThanQueuesHold();
-  std::thread sender([&] {
-    for (std::size_t i = 0; i < sent.size();) {
-      const int taken = far_.Write(sent.data() + i, static_cast<int>(sent.size() - i));
-      if (taken < 0) return;
-      i += static_cast<std::size_t>(taken);
-    }
-  });
-  EXPECT_EQ(sent, ReadNear(static_cast<int>(sent.size())));
-  sender.join();
+  const SerialTimeouts kHuge[] = {
+      {INT_MAX, 0,       0, 0},
+      {1,       INT_MAX, 0, 0}
+  };
+  for (const SerialTimeouts& timeouts : kHuge) {
+    ASSERT_TRUE(near_.SetTimeouts(timeouts));
+    std::atomic<bool> read_ended = false;
+    std::thread sender([&] {
+      for (std::size_t i = 0; i < sent.size() && !read_ended;) {
+        i += static_cast<std::size_t>(far_.Write(sent.data() + i, static_cast<int>(sent.size() - i)));
+      }
+    });
+    const Bytes received = ReadNear(static_cast<int>(sent.size()));
+    read_ended = true;
+    sender.join();
+    EXPECT_EQ(sent.size(), received.size());
+    EXPECT_TRUE(sent == received);
+  }
 }
 
 TEST_F(SerialDeviceTest, AReadLastsAsLongAsItsTimeoutsSay) {

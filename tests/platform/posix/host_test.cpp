@@ -85,7 +85,9 @@ TEST(DigitalInputsPosixTest, ADeviceWithoutAByteIsWaitedForButNotLong) {
   BYTE states = 0x55;
   EXPECT_FALSE(ReadDigitalInputs(device.c_str(), &states)) << "nobody will ever write";
   const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(ReadDigitalInputs(device.c_str(), &states)) << "nothing was written";
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
   EXPECT_EQ(0x55, states);
   EXPECT_EQ(1, write(writer, "\x0F", 1));
   EXPECT_TRUE(ReadDigitalInputs(device.c_str(), &states));
