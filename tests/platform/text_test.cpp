@@ -35,7 +35,7 @@ TEST(TextTest, DeviceTextBecomesUtf16) {
       {"UPS 3k",                               4,  u"UPS"                   },
       {"\xC3\xA9\xE6\xB8\xA9\xF0\x9F\x94\xA5", 20, u"\u00E9\u6E29\U0001F525"},
       {"a\xF0\x9F\x94\xA5",                    3,  u"a"                     }, // a pair is not cut in half
-      {"\xE6\xB8",                             20, u"\uFFFD"                }, // ends in mid-character
+      {{"\xE6\xB8\xA9", 2},                    20, u"\uFFFD"                }, // ends in mid-character
       {"\xE6\xB8z",                            20, u"\uFFFDz"               }, // cut short by another character
       {"\x80\xFF",                             20, u"\uFFFD\uFFFD"          }, // never a first byte
       {"\xC1\x81\xE0\x82\x80",                 20, u"\uFFFD\uFFFD"          }, // longer than the character needs
