@@ -70,6 +70,7 @@ int ScriptedPort::Purge() {
 
 int ScriptedPort::Read(BYTE* data, int count) {
   calls += 'r';
+  if (on_read) on_read();
   if (!open) return -1;
   if (script_.empty() || script_.front().is_write) {
     ADD_FAILURE() << "a read of " << count << " bytes that is not in the script";

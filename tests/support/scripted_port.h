@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -58,7 +59,8 @@ class ScriptedPort final : public ISerBase {
   int purges = 0;
   int opens = 0;
   int closes = 0;
-  std::string calls;  // one letter a call: p(urge), o(pen), c(lose), w(rite), r(ead)
+  std::function<void()> on_read;  // called at the start of every read
+  std::string calls;              // one letter a call: p(urge), o(pen), c(lose), w(rite), r(ead)
 
  private:
   struct Step {

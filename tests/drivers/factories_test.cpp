@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "fieldline/fieldline.h"
+
+namespace fieldline::test {
+namespace {
+
+class Factories : public testing::Test {
+ protected:
+  void TearDown() override {
+    CSensorFactory::FreeInstance();
+    CHubSerFactory::FreeInstance();
+    CHubAlarm::FreeInstance();
+    CHubMonitor::FreeInstance();
+  }
+};
+
+TEST_F(Factories, GiveOnePortAType) {
+  CHubSerFactory* factory = CHubSerFactory::GetInstance();
+  EXPECT_EQ(CHubSerFactory::GetInstance(), factory);
+  ISerBase* ports[11] = {};
+  for (int type = 1; type <= 10; ++type) {
+    if (type == SER_TEST) continue;
+    ports[type] = factory->GetHubSer(static_cast<ENUM_SERTYPE>(type));
+    ASSERT_NE(ports[type], nullptr) << type;
+    EXPECT_EQ(ports[type]->GetSerType(), type);
+    EXPECT_EQ(ports[type]->IsOpened(), 0);
+    EXPECT_EQ(std::count(ports, ports + type, ports[type]), 0);
+  }
+  for (int type = 1; type <= 10; ++type) {
+    if (type != SER_TEST) EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), ports[type]);
+  }
+  for (const int type : {-1, 0, 11}) EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), nullptr) << type;
+}
+
+TEST_F(Factories, StartAfreshAfterTheirRelease) {
+  CHubSerFactory::GetInstance()->GetHubSer(SER_ESL3)->SetBaud(9600);
+  CHubSerFactory::FreeInstance();
+  CHubSerFactory::FreeInstance();
+  const auto* port = static_cast<CSerBase*>(CHubSerFactory::GetInstance()->GetHubSer(SER_ESL3));
+  EXPECT_EQ(port->m_nBaud, 2400);
+
+  auto* probe = static_cast<CSensorEnvir*>(CSensorFactory::GetInstance()->GetSensor(SERDAT_ENVIR));
+  probe->m_data.register_0 = 7;
+  CSensorFactory::FreeInstance();
+  CSensorFactory::FreeInstance();
+  probe = static_cast<CSensorEnvir*>(CSensorFactory::GetInstance()->GetSensor(SERDAT_ENVIR));
+  EXPECT_EQ(probe->m_data.register_0, 0u);
+}
+
+TEST_F(Factories, GiveOneDriverAKind) {
+  CSensorFactory* factory = CSensorFactory::GetInstance();
+  for (const int kind : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 16, 17, 18, 19}) {
+    CSensorBase* driver = factory->GetSensor(static_cast<ENUM_SERDATKIND>(kind));
+    ASSERT_NE(driver, nullptr) << kind;
+    EXPECT_EQ(driver->GetKind(), kind);
+    EXPECT_EQ(factory->GetSensor(static_cast<ENUM_SERDATKIND>(kind)), driver);
+    EXPECT_EQ(driver->m_pData == nullptr, kind == SERDAT_MONITOR || kind == SERDAT_ALARM) << kind;
+  }
+  for (const int kind : {-1, 0, 13, 14, 15, 20}) {
+    EXPECT_EQ(factory->GetSensor(static_cast<ENUM_SERDATKIND>(kind)), nullptr) << kind;
+  }
+}
+
+// In every order of release: nothing is destroyed twice, which the address sanitizer would tell, and nothing destroyed
+// is handed out.
+TEST_F(Factories, LeaveTheSingletonsToThemselves) {
+  void (*const releases[])() = {CSensorFactory::FreeInstance, CHubAlarm::FreeInstance, CHubMonitor::FreeInstance};
+  int order[] = {0, 1, 2};
+  do {
+    EXPECT_EQ(CSensorFactory::GetInstance()->GetSensor(SERDAT_ALARM), CHubAlarm::GetInstance());
+    EXPECT_EQ(CSensorFactory::GetInstance()->GetSensor(SERDAT_MONITOR), CHubMonitor::GetInstance());
+    for (const int i : order) {
+      releases[i]();
+      CSensorBase* alarm = CSensorFactory::GetInstance()->GetSensor(SERDAT_ALARM);
+      ASSERT_EQ(alarm, CHubAlarm::GetInstance());
+      EXPECT_EQ(alarm->GetData(nullptr, 0), 0);
+      CSensorBase* monitor = CSensorFactory::GetInstance()->GetSensor(SERDAT_MONITOR);
+      ASSERT_EQ(monitor, CHubMonitor::GetInstance());
+      EXPECT_EQ(monitor->GetData(nullptr, 0), 0);
+    }
+    for (const auto release : releases) release();
+  } while (std::next_permutation(std::begin(order), std::end(order)));
+}
+
+}  // namespace
+}  // namespace fieldline::test

@@ -1,0 +1,224 @@
+#include "fieldline/serial/ser_base.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "fieldline/platform/device_name.h"
+#include "fieldline/platform/pseudo_terminal.h"
+
+namespace fieldline {
+namespace {
+
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+class SerBase : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(far_.Open());
+    ASSERT_EQ(MapDevice(L"COM1:", far_.Path()), 1);
+  }
+
+  PseudoTerminal far_;
+};
+
+TEST_F(SerBase, OpensTheDeviceOfItsTypeByDefault) {
+  struct {
+    int type;
+    int port;  // set before the open, 0 for none
+    const wchar_t* device;
+    const wchar_t* definition;
+  } const cases[] = {
+      {SER_NONE, 0, L"ESL1:", L"ESL1:2400,n,8,1"},
+      {SER_ESL3, 0, L"ESL3:", L"ESL3:2400,n,8,1"},
+      {SER_ESL8, 5, L"ESL5:", L"ESL5:2400,n,8,1"},
+      {SER_TEST, 0, L"COM6:", L"COM6:2400,n,8,1"},
+      {SER_COM,  0, L"COM1:", L"COM1:2400,n,8,1"},
+      {SER_COM,  5, L"COM4:", L"COM4:2400,n,8,1"},
+      {11,       0, L"COM0:", L"COM0:2400,n,8,1"},
+  };
+  for (const auto& c : cases) {
+    ASSERT_EQ(MapDevice(c.device, far_.Path()), 1);
+    CSerBase port(static_cast<ENUM_SERTYPE>(c.type));
+    if (c.port) port.SetPort(c.port);
+    EXPECT_EQ(port.Open(nullptr), 1) << c.definition;
+    EXPECT_STREQ(port.m_szDef, c.definition);
+    EXPECT_EQ(far_.Baud(), 2400u);
+    EXPECT_EQ(port.Close(), 1);
+    MapDevice(c.device, nullptr);
+  }
+}
+
+TEST_F(SerBase, BuildsADefinitionFromAnyNumbers) {
+  CSerBase port(SER_COM);
+  port.SetPort(std::numeric_limits<int>::min());
+  port.SetBaud(std::numeric_limits<int>::min());
+  EXPECT_EQ(port.Open(nullptr), 0);
+  EXPECT_STREQ(port.m_szDef, L"COM-2147483649:-2147483648,n,8,1");
+  EXPECT_EQ(port.IsOpened(), 0);
+}
+
+TEST_F(SerBase, RefusesADefinitionThatIsNoneAndChangesNothing) {
+  CSerBase port(SER_COM);
+  ASSERT_EQ(port.Open(L"COM1:19200,n,8,1"), 1);
+  EXPECT_EQ(port.Open(L"COM19600,n,8,1"), 0);
+  EXPECT_EQ(port.Open((L"COM1:9600,n,8,1" + std::wstring(37, L' ')).c_str()), 0);
+  EXPECT_EQ(port.IsOpened(), 1);
+  EXPECT_STREQ(port.m_szDef, L"COM1:19200,n,8,1");
+  EXPECT_EQ(far_.Baud(), 19200u);
+
+  // 51 characters still fit.
+  EXPECT_EQ(port.Open((std::wstring(L"COM1:9600,n,") + std::wstring(37, L' ') + L"8,").c_str()), 0) << "three fields";
+  EXPECT_EQ(std::wstring(port.m_szDef).size(), 51u);
+}
+
+TEST_F(SerBase, FailuresBehindTheOpenLeaveTheDeviceOpen) {
+  for (const wchar_t* definition : {L"COM1:9600,n,8", L"COM1:9600,n,8,1,0", L"COM1:0,n,8,1", L"COM1:9600,n,9,1"}) {
+    CSerBase port(SER_COM);
+    EXPECT_EQ(port.Open(definition), 0) << definition;
+    EXPECT_EQ(port.IsOpened(), 1) << definition;
+    EXPECT_STREQ(port.m_szDef, definition);
+    EXPECT_EQ(port.Close(), 1);
+    EXPECT_EQ(port.IsOpened(), 0);
+    EXPECT_STREQ(port.m_szDef, L"");
+  }
+}
+
+TEST_F(SerBase, AnAbsentDeviceLeavesThePortClosedWithItsDefinition) {
+  CSerBase port(SER_COM);
+  ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
+  EXPECT_EQ(port.Open(L"/nowhere/at/all:9600,n,8,1"), 0);
+  EXPECT_EQ(port.IsOpened(), 0);
+  EXPECT_STREQ(port.m_szDef, L"/nowhere/at/all:9600,n,8,1");
+  CSerBase other(SER_ESL1);
+  EXPECT_EQ(other.Open(L"COM1:9600,n,8,1"), 1) << "the first device was closed";
+  other.Close();
+}
+
+TEST_F(SerBase, ReopensTheSameDevice) {
+  CSerBase port(SER_COM);
+  ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
+  ASSERT_EQ(port.Open(port.m_szDef), 1) << "the port's own text as the argument";
+  EXPECT_STREQ(port.m_szDef, L"COM1:9600,n,8,1");
+  port.Close();
+}
+
+TEST_F(SerBase, AClosedPortTransfersNothing) {
+  CSerBase port(SER_COM);
+  BYTE byte = 0;
+  EXPECT_EQ(port.Read(&byte, 1), -1);
+  EXPECT_EQ(port.Write(&byte, 1), -1);
+  EXPECT_EQ(port.Purge(), 0);
+  EXPECT_EQ(port.Close(), 1);
+  EXPECT_EQ(port.SetDef(L"COM1:9600,n,8,1"), 0);
+  EXPECT_EQ(port.GetData(5, 1), 0);
+  EXPECT_STREQ(port.GetSerNote(), L"Serial Base Class for inherite");
+}
+
+TEST_F(SerBase, TimeoutsActFromTheNextOpenOn) {
+  CSerBase port(SER_COM);
+  port.SetTimeout(0, 0);
+  ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
+  port.SetTimeout(std::numeric_limits<int>::max(), std::numeric_limits<int>::max());
+  BYTE bytes[4];
+  const auto start = steady_clock::now();
+  EXPECT_EQ(port.Read(bytes, 4), 0);
+  EXPECT_LT(steady_clock::now() - start, seconds(30));
+
+  ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
+  const BYTE reply[] = {1, 2, 3, 4};
+  ASSERT_EQ(far_.Write(reply, 4), 4);
+  EXPECT_EQ(port.Read(bytes, 4), 4);
+  port.Close();
+}
+
+// Notes what it is told, and does something in its turn.
+class Observer : public ISerObserver {
+ public:
+  void OnSerRead(const BYTE* data, int count) override { Note('r', data, count); }
+  void OnSerWrite(const BYTE* data, int count) override { Note('w', data, count); }
+
+  std::string log;
+  std::function<void()> action;
+
+ private:
+  void Note(char direction, const BYTE* data, int count) {
+    log += direction + std::string(data, data + count) + ' ';
+    if (action) action();
+  }
+};
+
+class SerBaseObservers : public SerBase {
+ protected:
+  void SetUp() override {
+    SerBase::SetUp();
+    port_.SetTimeout(0, 0);
+    ASSERT_EQ(port_.Open(L"COM1:9600,n,8,1"), 1);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(port_.InsertObserver(&observers_[i]), i);
+  }
+  void TearDown() override { port_.Close(); }
+
+  void Write(const char* text) {
+    const std::string bytes(text);
+    ASSERT_EQ(port_.Write(reinterpret_cast<const BYTE*>(text), static_cast<int>(bytes.size())),
+              static_cast<int>(bytes.size()));
+  }
+
+  CSerBase port_{SER_COM};
+  Observer observers_[3];
+  Observer late_;
+};
+
+TEST_F(SerBaseObservers, KeepTheOrderOfRegistration) {
+  EXPECT_EQ(port_.InsertObserver(nullptr), -1);
+  EXPECT_EQ(port_.InsertObserver(&observers_[1]), 1);
+  EXPECT_EQ(port_.RemoveObserver(&late_), -1);
+  EXPECT_EQ(port_.RemoveObserver(&observers_[0]), 0);
+  EXPECT_EQ(port_.InsertObserver(&observers_[1]), 0);
+  EXPECT_EQ(port_.InsertObserver(&observers_[2]), 1);
+}
+
+TEST_F(SerBaseObservers, HearWhatPassedAndNothingElse) {
+  Write("ask");
+  BYTE bytes[8];
+  EXPECT_EQ(port_.Read(bytes, 8), 0);
+  ASSERT_EQ(far_.Write(reinterpret_cast<const BYTE*>("reply"), 5), 5);
+  ASSERT_EQ(port_.Read(bytes, 5), 5);
+  for (const Observer& observer : observers_) EXPECT_EQ(observer.log, "wask rreply ");
+}
+
+TEST_F(SerBaseObservers, MayComeAndGoWhileBeingTold) {
+  // The first removes itself and its follower and brings a new one, which hears of the next block only.
+  observers_[0].action = [this] {
+    EXPECT_EQ(port_.RemoveObserver(&observers_[0]), 0);
+    EXPECT_EQ(port_.RemoveObserver(&observers_[1]), 0);
+    EXPECT_EQ(port_.InsertObserver(&late_), 1);
+  };
+  Write("one");
+  Write("two");
+  EXPECT_EQ(observers_[0].log, "wone ");
+  EXPECT_EQ(observers_[1].log, "");
+  EXPECT_EQ(observers_[2].log, "wone wtwo ");
+  EXPECT_EQ(late_.log, "wtwo ");
+}
+
+TEST_F(SerBaseObservers, MayUseThePortWhileBeingTold) {
+  // A write within a write, in which an observer goes that the outer one has told already.
+  observers_[1].action = [this] {
+    observers_[1].action = nullptr;
+    observers_[2].action = [this] { port_.RemoveObserver(&observers_[0]); };
+    Write("in");
+  };
+  Write("out");
+  EXPECT_EQ(observers_[0].log, "wout win ");
+  EXPECT_EQ(observers_[1].log, "wout win ");
+  EXPECT_EQ(observers_[2].log, "win wout ");
+}
+
+}  // namespace
+}  // namespace fieldline
