@@ -2,6 +2,11 @@
 
 #include <new>
 
+#include "fieldline/alarm/hub_alarm.h"
+#include "fieldline/display/hub_monitor.h"
+#include "fieldline/drivers/ascii/sensor_battery.h"
+#include "fieldline/drivers/ascii/sensor_cybermate.h"
+#include "fieldline/drivers/ascii/sensor_power_unit.h"
 #include "fieldline/drivers/basic/sensor_di.h"
 #include "fieldline/drivers/basic/sensor_envir.h"
 #include "fieldline/drivers/basic/sensor_leak.h"
@@ -25,18 +30,24 @@ CSensorBase* MakeDriver(ENUM_SERDATKIND kind) {
       return new (std::nothrow) CSensorOnoff;
     case SERDAT_UPS:
       return new (std::nothrow) CSensorUps;
+    case SERDAT_BATTERY:
+      return new (std::nothrow) CSensorBattery;
     case SERDAT_ENVIR:
       return new (std::nothrow) CSensorEnvir;
     case SERDAT_LEAK:
       return new (std::nothrow) CSensorLeak;
     case SERDAT_AIRC:
       return new (std::nothrow) CSensorAirc;
+    case SERDAT_CYBERMATE:
+      return new (std::nothrow) CSensorCybermate;
     case SERDAT_DI:
       return new (std::nothrow) CSensorDi;
     case SERDAT_EMERSON:
       return new (std::nothrow) CSensorEmerson;
     case SERDAT_DUAL_PROTO:
       return new (std::nothrow) CSensorDualProto;
+    case SERDAT_POWER_UNIT:
+      return new (std::nothrow) CSensorPowerUnit;
     case SERDAT_ELEC_Y:
       return new (std::nothrow) CSensorElecY;
     default:
@@ -61,6 +72,10 @@ CSensorFactory::~CSensorFactory() {
 }
 
 CSensorBase* CSensorFactory::GetSensor(ENUM_SERDATKIND kind) {
+  // Never registered: they may be gone before this factory is.
+  if (kind == SERDAT_MONITOR) return CHubMonitor::GetInstance();
+  if (kind == SERDAT_ALARM) return CHubAlarm::GetInstance();
+
   for (CSensorBase* sensor : m_arrSensor) {
     if (sensor->GetKind() == kind) return sensor;
   }
