@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "sim/faults.h"
+
+namespace fieldline::tool {
+
+constexpr char kFaultForm[] =
+    "drop, corrupt, truncate, noise or delay, then :nth=N, :every=N or :p=P, and ms=N of a delay";
+
+// Reads "drop", "corrupt:every=3", "delay:p=0.2,ms=500". Without a condition every reply is hit. Throws UsageError.
+sim::FaultRule ParseFault(const std::string& text);
+
+}  // namespace fieldline::tool

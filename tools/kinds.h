@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "fieldline/sensor/sensor_base.h"
+#include "tools/record.h"
+
+namespace fieldline::tool {
+
+enum class Protocol {
+  kLocal,     // no line: the unit's own inputs
+  kModbus,    // Modbus RTU
+  kDual,      // Modbus RTU at even addresses, a frame of its own at odd ones
+  kQ1,        // "Q1", "I" and "F"
+  kHexAscii,  // YD/T 1363
+};
+
+// A kind of device as the command knows it.
+struct Kind {
+  std::string_view name;
+  std::string_view description;
+  ENUM_SERDATKIND id;
+  std::string_view driver;  // its class
+  Protocol protocol;
+  int baud;                 // bit/s, as such devices are usually set, with n,8,1
+  int address;              // usual; 0 where the protocol has none
+  std::size_t record_size;  // bytes
+  Fields fields;
+
+  std::string UsualSettings() const { return std::to_string(baud) + ",n,8,1"; }
+};
+
+std::span<const Kind> Kinds();
+
+// Null when there is no such kind.
+const Kind* FindKind(std::string_view name);
+
+// As FindKind, but throws UsageError, which names the kinds.
+const Kind& RequireKind(std::string_view name);
+
+// The protocol's name, for people.
+std::string_view ProtocolName(Protocol protocol);
+
+// The driver of a kind; owned by the library. Null when memory is short.
+CSensorBase* DriverOf(const Kind& kind);
+
+}  // namespace fieldline::tool

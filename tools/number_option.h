@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+
+namespace fieldline::tool {
+
+// Adds an option whose number must lie between `low` and `high`; decimal, or hexadecimal behind "0x".
+CLI::Option* AddNumber(CLI::App& command, const std::string& name, int low, int high, const std::string& description,
+                       std::function<void(int)> store);
+
+}  // namespace fieldline::tool

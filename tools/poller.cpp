@@ -1,0 +1,24 @@
+#include "tools/poller.h"
+
+namespace fieldline::tool {
+
+std::optional<Failure> OpenLine::Open(const Line& line) {
+  if (line.timeout) port_.SetTimeout(line.timeout->per_byte, line.timeout->constant);
+  if (port_.Open(line.definition.c_str()) != 0) return std::nullopt;
+  return DiagnoseOpen(port_, line);
+}
+
+PollResult PollOnce(const Kind& kind, CSensorBase& driver, ISerBase* port, int address, Recorder& recorder) {
+  recorder.Clear();
+  PollResult result;
+  result.time = std::chrono::system_clock::now();
+  const auto began = std::chrono::steady_clock::now();
+  const int good = driver.GetData(port, address);
+  const auto ended = std::chrono::steady_clock::now();
+  result.duration = ended - began;
+  result.exchanges = recorder.Exchanges();
+  if (good == 0) result.failure = DiagnosePoll(kind, address, port, result.exchanges, ended);
+  return result;
+}
+
+}  // namespace fieldline::tool

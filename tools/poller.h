@@ -1,0 +1,43 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+#include "tools/diagnosis.h"
+#include "tools/kinds.h"
+#include "tools/line_option.h"
+#include "tools/recorder.h"
+
+namespace fieldline::tool {
+
+// A port of the library with a recorder on it; closed again when this goes.
+class OpenLine {
+ public:
+  OpenLine(ISerBase& port, Recorder& recorder) : port_(port), recorder_(recorder) { port_.InsertObserver(&recorder_); }
+  ~OpenLine() {
+    port_.RemoveObserver(&recorder_);
+    port_.Close();
+  }
+  OpenLine(const OpenLine&) = delete;
+  OpenLine& operator=(const OpenLine&) = delete;
+
+  // Opens the line; what is wrong when it can't be opened.
+  std::optional<Failure> Open(const Line& line);
+
+ private:
+  ISerBase& port_;
+  Recorder& recorder_;
+};
+
+struct PollResult {
+  Time time;  // when it began
+  std::chrono::duration<double, std::milli> duration;
+  std::vector<Exchange> exchanges;
+  std::optional<Failure> failure;
+};
+
+// One poll of a device. `port` is null for a kind without a line.
+PollResult PollOnce(const Kind& kind, CSensorBase& driver, ISerBase* port, int address, Recorder& recorder);
+
+}  // namespace fieldline::tool

@@ -1,0 +1,26 @@
+#include "tools/recorder.h"
+
+#include <iostream>
+
+namespace fieldline::tool {
+
+std::vector<Exchange> Recorder::Exchanges() const {
+  std::vector<Exchange> exchanges;
+  for (const Block& block : blocks_) {
+    if (block.sent || exchanges.empty()) exchanges.emplace_back();
+    Exchange& exchange = exchanges.back();
+    Bytes& bytes = block.sent ? exchange.request : exchange.reply;
+    bytes.insert(bytes.end(), block.bytes.begin(), block.bytes.end());
+    if (block.sent) exchange.sent_at = block.at;
+  }
+  return exchanges;
+}
+
+void Recorder::Add(bool sent, const BYTE* data, int count) {
+  blocks_.push_back({sent, Bytes(data, data + count), std::chrono::steady_clock::now()});
+  if (!trace_) return;
+  std::cerr << ClockTime(std::chrono::system_clock::now()) << (sent ? " -> " : " <- ") << Hex(blocks_.back().bytes)
+            << '\n';
+}
+
+}  // namespace fieldline::tool

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <chrono>
+#include <span>
+#include <vector>
+
+#include "fieldline/serial/i_ser_observer.h"
+#include "tools/text.h"
+
+namespace fieldline::tool {
+
+// A block of bytes as it passed through the port.
+struct Block {
+  bool sent;
+  Bytes bytes;
+  std::chrono::steady_clock::time_point at;
+};
+
+// One request and what came until the next one.
+struct Exchange {
+  Bytes request;
+  Bytes reply;
+  std::chrono::steady_clock::time_point sent_at{};
+};
+
+// Keeps what passes during a poll, and shows it on standard error if asked.
+class Recorder : public ISerObserver {
+ public:
+  explicit Recorder(bool trace = false) : trace_(trace) {}
+
+  void OnSerRead(const BYTE* data, int count) override { Add(false, data, count); }
+  void OnSerWrite(const BYTE* data, int count) override { Add(true, data, count); }
+
+  void Clear() { blocks_.clear(); }
+
+  std::vector<Exchange> Exchanges() const;
+
+ private:
+  void Add(bool sent, const BYTE* data, int count);
+
+  const bool trace_;
+  std::vector<Block> blocks_;
+};
+
+}  // namespace fieldline::tool
