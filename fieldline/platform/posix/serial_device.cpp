@@ -112,8 +112,13 @@ SerialDevice::OpenResult SerialDevice::Open(const wchar_t* name) {
   } while (fd < 0 && errno == EINTR);
   if (fd < 0) return OpenFailure(errno);
 
+  if (!Claim(fd)) {
+    const int error = errno;
+    close(fd);  // and nothing else: the line is somebody's
+    return OpenFailure(error);
+  }
   handle_ = fd;
-  if (!Claim(fd) || !MakeRaw(fd)) {
+  if (!MakeRaw(fd)) {
     const int error = errno;
     Close();
     return OpenFailure(error);
