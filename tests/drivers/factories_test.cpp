@@ -30,7 +30,8 @@ TEST_F(Factories, GiveOnePortAType) {
     EXPECT_EQ(std::count(ports, ports + type, ports[type]), 0);
   }
   for (int type = 1; type <= 10; ++type) {
-    if (type != SER_TEST) EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), ports[type]);
+    if (type == SER_TEST) continue;
+    EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), ports[type]);
   }
   for (const int type : {-1, 0, 11}) EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), nullptr) << type;
 }

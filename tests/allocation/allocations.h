@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+
+namespace fieldline::test {
+
+// This program's operator new counts, and fails on demand.
+struct Allocations {
+  int made = 0;   // since the last look
+  int alive = 0;  // made and not freed
+  bool fail = false;
+  bool paused = false;  // neither count nor fail: what the test itself allocates
+};
+
+Allocations& Heap();
+
+// Leaves out of the count what is allocated while it lives.
+class Uncounted {
+ public:
+  Uncounted() : before_(Heap().paused) { Heap().paused = true; }
+  Uncounted(const Uncounted&) = delete;
+  Uncounted& operator=(const Uncounted&) = delete;
+  ~Uncounted() { Heap().paused = before_; }
+
+ private:
+  bool before_;
+};
+
+}  // namespace fieldline::test
