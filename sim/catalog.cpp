@@ -1,6 +1,11 @@
 #include "sim/catalog.h"
 
 #include "sim/airc.h"
+#include "sim/alarm_board.h"
+#include "sim/battery.h"
+#include "sim/card_terminal.h"
+#include "sim/cybermate.h"
+#include "sim/display.h"
 #include "sim/dual_proto.h"
 #include "sim/elec.h"
 #include "sim/elec_y.h"
@@ -8,6 +13,7 @@
 #include "sim/envir.h"
 #include "sim/leak.h"
 #include "sim/onoff.h"
+#include "sim/power_unit.h"
 #include "sim/ups.h"
 
 namespace fieldline::sim {
@@ -18,18 +24,27 @@ std::unique_ptr<Device> MakeAt(BYTE address) {
   return std::make_unique<T>(address);
 }
 
-std::unique_ptr<Device> MakeUps(BYTE) { return std::make_unique<Ups>(); }
+template <typename T>
+std::unique_ptr<Device> MakeWithoutAddress(BYTE) {
+  return std::make_unique<T>();
+}
 
 constexpr Kind kKinds[] = {
-    {"envir",      "temperature and humidity probe",                                      2400, 1, MakeAt<EnvirProbe>    },
-    {"leak",       "water-leak controller",                                               9600, 1, MakeAt<LeakController>},
-    {"onoff",      "module with 12 switch inputs",                                        9600, 1, MakeAt<SwitchInputs>  },
-    {"elec",       "power meter",                                                         9600, 1, MakeAt<ElecMeter>     },
-    {"elec-y",     "power meter, second model",                                           9600, 1, MakeAt<ElecYMeter>    },
-    {"airc",       "air conditioner",                                                     9600, 1, MakeAt<AirConditioner>},
-    {"emerson",    "Emerson unit",                                                        9600, 1, MakeAt<EmersonUnit>   },
-    {"dual-proto", "dual-protocol unit: Modbus at an even address, frames at an odd one", 9600, 4, MakeDualProto         },
-    {"ups",        "uninterruptible power supply",                                        2400, 0, MakeUps               },
+    {"envir",      "temperature and humidity probe",                                      2400,   1, MakeAt<EnvirProbe>              },
+    {"leak",       "water-leak controller",                                               9600,   1, MakeAt<LeakController>          },
+    {"onoff",      "module with 12 switch inputs",                                        9600,   1, MakeAt<SwitchInputs>            },
+    {"elec",       "power meter",                                                         9600,   1, MakeAt<ElecMeter>               },
+    {"elec-y",     "power meter, second model",                                           9600,   1, MakeAt<ElecYMeter>              },
+    {"airc",       "air conditioner",                                                     9600,   1, MakeAt<AirConditioner>          },
+    {"emerson",    "Emerson unit",                                                        9600,   1, MakeAt<EmersonUnit>             },
+    {"dual-proto", "dual-protocol unit: Modbus at an even address, frames at an odd one", 9600,   4, MakeDualProto                   },
+    {"ups",        "uninterruptible power supply",                                        2400,   0, MakeWithoutAddress<Ups>         },
+    {"battery",    "battery monitor with 32 cells",                                       9600,   1, MakeAt<BatteryMonitor>          },
+    {"cybermate",  "fixed-point monitoring unit",                                         9600,   1, MakeAt<Cybermate>               },
+    {"power-unit", "power unit",                                                          9600,   1, MakeAt<PowerUnit>               },
+    {"card",       "card terminal",                                                       9600,   0, MakeWithoutAddress<CardTerminal>},
+    {"alarm",      "alarm board",                                                         115200, 0, MakeWithoutAddress<AlarmBoard>  },
+    {"display",    "serial display",                                                      115200, 0, MakeWithoutAddress<Display>     },
 };
 
 }  // namespace

@@ -5,11 +5,12 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
-// What each value means belongs to the application. All are magnitudes: the unit's signs are dropped.
+// What each value means belongs to the application; value n stands in values[n - 1]. All are magnitudes: the unit's
+// signs are dropped.
 struct POWER_UNIT_DATA {
   static constexpr int kValues = 52;
 
-  std::int32_t values[kValues];  // 0.1, but for 6, 7, 11 and 20 to 23 (from 0): 0.01, and 48: whole units
+  std::int32_t values[kValues];  // 0.1, but values 7, 8, 12 and 21 to 24: 0.01, and value 49: 1
   BYTE states[11];
   BYTE not_written;
 };
@@ -21,7 +22,7 @@ class CSensorPowerUnit : public fieldline::RecordSensor<POWER_UNIT_DATA> {
  public:
   CSensorPowerUnit();
 
-  // Five exchanges with the unit at address `addr` (low byte): values 0 to 12, 13 to 20, 21 to 35, 36 to 51, states.
+  // Five exchanges with the unit at address `addr` (low byte): values 1 to 13, 14 to 21, 22 to 36, 37 to 52, states.
   // Each writes its part of the record at once; after a failure the parts of the later ones are as they were.
   //
   // All but the fourth last the full time-out of a 150-byte read, since their replies are shorter.

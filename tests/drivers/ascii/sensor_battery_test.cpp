@@ -31,7 +31,7 @@ std::string BatteryReply(const std::string& first_cell, const std::string& group
   return Seal(reply + "D4");
 }
 
-TEST(Battery, DecodesTheReplyAndLetsTheMonitorRest) {
+TEST(SensorBattery, DecodesTheReplyAndLetsTheMonitorRest) {
   Clock().sleeps.clear();
   ScriptedPort port;
   port.Expect(Text(kBatteryRequest)).Reply(470, Text(BatteryReply("66660640", "6666A6C0")));  // 2.1, -5.2
@@ -55,7 +55,7 @@ TEST(Battery, DecodesTheReplyAndLetsTheMonitorRest) {
   EXPECT_THAT(std::span(battery.m_pData + 78, 6), ElementsAre(0xE8, 0x03, 32, 0, 4, 0));
 }
 
-TEST(Battery, KeepsTheLowBitsOfWhatDoesNotFit) {
+TEST(SensorBattery, KeepsTheLowBitsOfWhatDoesNotFit) {
   ScriptedPort port;
   port.Expect(Text(kBatteryRequest)).Reply(470, Text(BatteryReply("00008C42", "0000807F")));  // 70, infinity
   CSensorBattery battery;
@@ -65,7 +65,7 @@ TEST(Battery, KeepsTheLowBitsOfWhatDoesNotFit) {
   EXPECT_EQ(battery.m_data.group_2_first, 0xFFFF) << "of the most that 32 bits hold";
 }
 
-TEST(Battery, RejectsDamage) {
+TEST(SensorBattery, RejectsDamage) {
   Clock().sleeps.clear();
   const std::string reply = BatteryReply("66660640", "6666A6C0");
   const Exchange exchange = {Text(kBatteryRequest), 470, Text(reply), {{0, 84}}};

@@ -33,7 +33,7 @@ Bytes UnitRecord() {
   return record;
 }
 
-TEST(Cybermate, DecodesFourReplies) {
+TEST(SensorCybermate, DecodesFourReplies) {
   ScriptedPort port;
   for (int i = 0; i < 4; ++i) port.Expect(Text(kUnitRequests[i])).Reply(120, Text(kUnitReplies[i]));
   CSensorCybermate unit;
@@ -45,7 +45,7 @@ TEST(Cybermate, DecodesFourReplies) {
   EXPECT_EQ(ToHex(Bytes(unit.m_pData, unit.m_pData + 63)), ToHex(UnitRecord()));
 }
 
-TEST(Cybermate, ReadsGarbledCharactersAsZero) {
+TEST(SensorCybermate, ReadsGarbledCharactersAsZero) {
   ScriptedPort port;
   port.Expect(Text(kUnitRequests[0])).Reply(120, Text("???????00????01f4" + std::string(103, 'z')));
   for (int i = 1; i < 4; ++i) port.Expect(Text(kUnitRequests[i])).Reply(120, Text(Seal(kUnitReplies[i])));
@@ -54,7 +54,7 @@ TEST(Cybermate, ReadsGarbledCharactersAsZero) {
   EXPECT_THAT(unit.m_data.analog, ElementsAre(0x0104, 0, 0, 0, 0));
 }
 
-TEST(Cybermate, KeepsWhatCameBeforeAFailure) {
+TEST(SensorCybermate, KeepsWhatCameBeforeAFailure) {
   const auto corrupt = [](std::string reply, std::size_t position) {
     reply[position] = '1';
     return reply;

@@ -49,7 +49,7 @@ std::vector<Exchange> PowerUnitExchanges() {
   };
 }
 
-TEST(PowerUnit, DecodesFiveReplies) {
+TEST(SensorPowerUnit, DecodesFiveReplies) {
   ScriptedPort port;
   for (const Exchange& exchange : PowerUnitExchanges()) port.Expect(exchange.request).Reply(150, exchange.reply);
   CSensorPowerUnit unit;
@@ -71,7 +71,7 @@ TEST(PowerUnit, DecodesFiveReplies) {
   EXPECT_EQ(ToHex(Bytes(unit.m_pData + 208, unit.m_pData + 220)), "A1 B1 B2 B3 B4 B5 B6 B7 B8 B9 BA 5A");
 }
 
-TEST(PowerUnit, StopsAtTheRangeOfAField) {
+TEST(SensorPowerUnit, StopsAtTheRangeOfAField) {
   std::vector<Exchange> exchanges = PowerUnitExchanges();
   std::string huge = "~11012A00E06C0000";
   for (int k = 0; k < 13; ++k) huge += "FFFFFF7F";  // no number
@@ -83,7 +83,7 @@ TEST(PowerUnit, StopsAtTheRangeOfAField) {
   EXPECT_THAT(std::span(unit.m_data.values).first(13), Each(2147483647));
 }
 
-TEST(PowerUnit, RejectsDamage) {
+TEST(SensorPowerUnit, RejectsDamage) {
   ExpectRejectsDamage({[] { return std::make_unique<CSensorPowerUnit>(); }, 1, PowerUnitExchanges(), 220});
 
   ScriptedPort port;

@@ -19,7 +19,7 @@ using ::testing::Each;
 const std::string kCardRequest = "\1771001804AA006F2EE00FC28\r";
 const std::string kCardReply = "\17710018000301C0102030405060708090A0B0C0D00F7E8\r";
 
-TEST(CardK, KeepsSoundReplies) {
+TEST(SensorCardK, KeepsSoundReplies) {
   const std::string bytes = "01 02 03 04 05 06 07 08 09 0A 0B 0C 0D";
   struct Case {
     const char* what;
@@ -47,7 +47,7 @@ TEST(CardK, KeepsSoundReplies) {
   }
 }
 
-TEST(CardK, RefusesOthersAndKeepsItsRecord) {
+TEST(SensorCardK, RefusesOthersAndKeepsItsRecord) {
   const auto with = [](std::size_t position, char c) {
     std::string reply = kCardReply;
     reply[position] = c;
@@ -78,7 +78,7 @@ TEST(CardK, RefusesOthersAndKeepsItsRecord) {
   }
 }
 
-TEST(CardK, AsksAClosedPortAndPointsCopiesAtTheirOwnCard) {
+TEST(SensorCardK, AsksAClosedPortAndPointsCopiesAtTheirOwnCard) {
   ScriptedPort closed;
   closed.open = 0;
   CSensorCardK card;
