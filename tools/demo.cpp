@@ -22,6 +22,10 @@ constexpr char kExamples[] =
 
 constexpr std::size_t kMostBytes = 64;  // shown of a request or reply
 
+// Read time-outs in ms. The constant part is longer than usual, since the devices share the processor with the polls.
+constexpr int kPerByte = 6;
+constexpr int kConstant = 300;
+
 bool ShowDevice(const Kind& kind, const sim::Kind& simulated, ISerBase& port, Recorder& recorder) {
   CSensorBase* const driver = DriverOf(kind);
   if (driver == nullptr) throw std::bad_alloc();
@@ -38,6 +42,7 @@ bool ShowDevice(const Kind& kind, const sim::Kind& simulated, ISerBase& port, Re
   Line line;
   line.shown = "ESL1:" + settings;
   line.device = L"ESL1:";
+  line.timeout = ReadTimeout{kPerByte, kConstant};
   line.definition = line.device + std::wstring(settings.begin(), settings.end());
   std::cout << kind.name << " (" << kind.description << "), " << kind.driver << " on " << line.shown << " = "
             << device.Path() << std::endl;

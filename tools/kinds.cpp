@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "fieldline/drivers/imaging/sensor_card_k.h"
 #include "fieldline/sensor/sensor_factory.h"
 #include "tools/text.h"
 #include "tools/verb.h"
@@ -132,6 +133,11 @@ constexpr Field kPowerUnit[] = {
     Run("state", 208, kU8, 11, 1),
 };
 
+// The record without the count in front of it.
+constexpr Field kCard[] = {
+    Run("byte", 0, kU8, 14, 1),
+};
+
 using enum Protocol;
 
 // Lines are usually set to the speed given, with n,8,1.
@@ -149,6 +155,7 @@ constexpr Kind kKinds[] = {
     {"battery",    "battery monitor",       SERDAT_BATTERY,    "CSensorBattery",   kHexAscii, 9600, 1, 84,  kBattery  },
     {"cybermate",  "fixed-point unit",      SERDAT_CYBERMATE,  "CSensorCybermate", kHexAscii, 9600, 1, 63,  kCybermate},
     {"power-unit", "power unit",            SERDAT_POWER_UNIT, "CSensorPowerUnit", kHexAscii, 9600, 1, 220, kPowerUnit},
+    {"card",       "card terminal",         SERDAT_CARD_K,     "CSensorCardK",     kHexAscii, 9600, 0, 32,  kCard     },
     {"di",         "own digital inputs",    SERDAT_DI,         "CSensorDi",        kLocal,    0,    0, 8,   kDi       },
 };
 
@@ -182,11 +189,17 @@ std::string_view ProtocolName(Protocol protocol) {
       return "UPS ASCII";
     case kHexAscii:
       return "YD/T 1363";
+    case kAlarm:
+      return "alarm board frames";
   }
   return {};
 }
 
 CSensorBase* DriverOf(const Kind& kind) {
+  if (kind.id == SERDAT_CARD_K) {
+    static CSensorCardK card;  // no factory makes it
+    return &card;
+  }
   CSensorFactory* const factory = CSensorFactory::GetInstance();
   return factory != nullptr ? factory->GetSensor(kind.id) : nullptr;
 }

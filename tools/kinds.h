@@ -16,6 +16,7 @@ enum class Protocol {
   kDual,      // Modbus RTU at even addresses, a frame of its own at odd ones
   kQ1,        // "Q1", "I" and "F"
   kHexAscii,  // YD/T 1363
+  kAlarm,     // frames of the alarm board
 };
 
 // A kind of device as the command knows it.
@@ -44,7 +45,7 @@ const Kind& RequireKind(std::string_view name);
 // The protocol's name, for people.
 std::string_view ProtocolName(Protocol protocol);
 
-// The driver of a kind; owned by the library. Null when memory is short.
+// The driver of a kind, the same each time; not the caller's. Null when memory is short.
 CSensorBase* DriverOf(const Kind& kind);
 
 }  // namespace fieldline::tool

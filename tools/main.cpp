@@ -6,7 +6,9 @@
 
 #include "fieldline/sensor/sensor_factory.h"
 #include "fieldline/serial/hub_ser_factory.h"
+#include "tools/alarm.h"
 #include "tools/demo.h"
+#include "tools/display.h"
 #include "tools/exit_code.h"
 #include "tools/poll.h"
 #include "tools/sim.h"
@@ -30,7 +32,7 @@ int Main(int argc, char** argv) {
   app.set_version_flag("--version", FIELDLINE_VERSION);
   app.require_subcommand(1);
   app.footer(kExitCodes);
-  const std::vector<Verb> verbs = {AddPoll(app), AddSim(app), AddDemo(app)};
+  const std::vector<Verb> verbs = {AddPoll(app), AddAlarm(app), AddDisplay(app), AddSim(app), AddDemo(app)};
   for (const Verb& verb : verbs) {
     verb.command->footer(verb.command->get_footer() + "\n\n" + kExitCodes);
   }

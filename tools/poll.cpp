@@ -13,6 +13,7 @@
 #include "tools/line_option.h"
 #include "tools/number_option.h"
 #include "tools/poller.h"
+#include "tools/report.h"
 #include "tools/statistics.h"
 #include "tools/text.h"
 
@@ -27,8 +28,6 @@ constexpr char kExamples[] =
     "  fieldline poll elec --port COM1:9600,e,8,1 --address 5 --map COM1=/dev/ttyUSB0\n"
     "  fieldline poll ups --port /dev/ttyUSB0 --count 0 --interval 5s --json >ups.jsonl\n"
     "  fieldline poll di --map EIO1=/dev/eio1";
-
-constexpr int kSchema = 1;
 
 struct Arguments {
   std::string kind;
@@ -66,7 +65,7 @@ struct Target {
 
 ordered_json Head(const Target& target, Time time, bool ok) {
   return {
-      {"schema",  kSchema         },
+      {"schema",  kJsonSchema     },
       {"time",    IsoTime(time)   },
       {"kind",    target.kind.name},
       {"address", target.address  },
@@ -75,30 +74,11 @@ ordered_json Head(const Target& target, Time time, bool ok) {
   };
 }
 
-ordered_json FailureToJson(const Failure& failure) {
-  return {
-      {"code",    failure.code        },
-      {"message", failure.message     },
-      {"request", Hex(failure.request)},
-      {"reply",   Hex(failure.reply)  }
-  };
-}
-
-void PrintJson(const ordered_json& json) {
-  std::cout << json.dump(-1, ' ', false, ordered_json::error_handler_t::replace) << std::endl;
-}
-
 // Where there are no addresses none is shown.
 std::string Subject(const Target& target) {
   std::string text(target.kind.name);
   if (target.kind.address != 0) text += " at address " + std::to_string(target.address);
   return text;
-}
-
-void ShowFailure(const Target& target, const Failure& failure) {
-  std::cerr << "fieldline: " << Subject(target) << ": " << Alert(failure.message) << '\n';
-  if (!failure.request.empty()) std::cerr << "  sent      " << Hex(failure.request, 64) << '\n';
-  if (!failure.reply.empty()) std::cerr << "  received  " << Hex(failure.reply, 64) << '\n';
 }
 
 void ShowPoll(const Target& target, const PollResult& result, const BYTE* record, bool json) {
@@ -114,7 +94,7 @@ void ShowPoll(const Target& target, const PollResult& result, const BYTE* record
     }
     PrintJson(line);
   } else if (result.failure) {
-    ShowFailure(target, *result.failure);
+    ShowFailure(Subject(target), *result.failure);
   } else {
     std::cout << Subject(target);
     if (!target.port.empty()) std::cout << " on " << target.port;
@@ -168,7 +148,7 @@ ExitCode Run(const Arguments& arguments) {
       json["error"] = FailureToJson(*failure);
       PrintJson(json);
     } else {
-      ShowFailure(target, *failure);
+      ShowFailure(Subject(target), *failure);
     }
     return failure->exit;
   }

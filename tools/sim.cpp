@@ -13,6 +13,7 @@
 #include "sim/catalog.h"
 #include "sim/line.h"
 #include "tools/fault_option.h"
+#include "tools/kinds.h"
 #include "tools/number_option.h"
 #include "tools/text.h"
 
@@ -145,7 +146,9 @@ void Trace(const std::string& path, sim::Traffic traffic, std::span<const BYTE> 
 void Announce(const SimulatedDevice& device, const std::string& path, std::uint32_t baud) {
   std::cout << device.kind->name;
   if (device.kind->address != 0) std::cout << " at address " << device.address;
-  std::cout << " on " << path << ", " << baud << " bit/s; try\n  fieldline poll " << device.kind->name;
+  std::cout << " on " << path << ", " << baud << " bit/s" << std::endl;
+  if (FindKind(device.kind->name) == nullptr) return;
+  std::cout << "  fieldline poll " << device.kind->name;
   if (device.kind->address != 0) std::cout << " --address " << device.address;
   std::cout << " --port " << path << ':' << baud << ",n,8,1" << std::endl;
 }

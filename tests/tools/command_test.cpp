@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "sim/catalog.h"
+#include "tests/support/run_tool.h"
+
+namespace fieldline {
+namespace {
+
+using test::ToolProcess;
+using test::ToolResult;
+using test::Words;
+using testing::HasSubstr;
+
+ToolResult RunTool(const std::string& arguments) { return ToolProcess(FIELDLINE_TOOL, Words(arguments)).Finish(); }
+
+TEST(Command, SaysWhatIsWrongWithAnArgument) {
+  const struct {
+    const char* arguments;
+    const char* message;
+  } cases[] = {
+      {"",                                         "subcommand is required"                                              },
+      {"poll",                                     "KIND is required"                                                    },
+      {"poll toaster --port COM1",                 "the kinds are envir, "                                               },
+      {"poll envir",                               "write --port DEFINITION, such as --port /dev/ttyUSB0:2400,n,8,1"     },
+      {"poll envir --port COM0",                   "\"COM0\" is no device name: write COM1"                              },
+      {"poll envir --port com1",                   "\"com1\" is no device name"                                          },
+      {"poll envir --port COM1:9600,n,8",          "four fields are needed, not 3; write baud,parity,data bits,stop bits"},
+      {"poll envir --port COM1:9600,n,8,1,0",      "four fields are needed, not 5"                                       },
+      {"poll envir --port COM1:fast,n,8,1",        "the speed is a number"                                               },
+      {"poll envir --port COM1:0,n,8,1",           "the speed is a number"                                               },
+      {"poll envir --port COM1:9600,x,8,1",        "the parity is n, o, e, m or s"                                       },
+      {"poll envir --port COM1:9600,n,9,1",        "the data bits are 5, 6, 7 or 8"                                      },
+      {"poll envir --port COM1:9600,n,8,3",        "the stop bits are 1, 1.5 or 2"                                       },
+      {"poll envir --port /dev/null:9600",         "four fields are needed, not 1"                                       },
+      {"poll envir --port COM1 --address 256",     "a number from 0 to 255 is needed, not \"256\""                       },
+      {"poll envir --port COM1 --address -1",      "a number from 0 to 255"                                              },
+      {"poll envir --port COM1 --address 1x",      "a number from 0 to 255"                                              },
+      {"poll envir --port COM1 --count many",      "a number from 0 to"                                                  },
+      {"poll envir --port COM1 --interval 2h",     "write milliseconds, or 250ms or 5s"                                  },
+      {"poll envir --port COM1 --timeout 6",       "write PER_BYTE,CONSTANT in ms, such as 6,100"                        },
+      {"poll envir --port COM1 --map COM1",        "write DEVICE=PATH"                                                   },
+      {"sim",                                      "--list"                                                              },
+      {"sim toaster",                              "there are envir, "                                                   },
+      {"sim envir --set heat=1",                   "there are humidity, temperature"                                     },
+      {"sim envir --set temperature=hot",          "is not a number from"                                                },
+      {"sim envir --set temperature",              "write NAME=VALUE"                                                    },
+      {"sim envir --fault melt",                   "drop, corrupt, truncate, noise or delay"                             },
+      {"sim envir --fault drop:every=0",           "corrupt:every=3"                                                     },
+      {"sim envir --fault drop:p=1.5",             "corrupt:every=3"                                                     },
+      {"sim envir ups --one-line",                 "ups has no address and needs a line to itself"                       },
+      {"sim envir envir --one-line --address 255", "would be above 255"                                                  },
+  };
+  for (const auto& c : cases) {
+    const ToolResult result = RunTool(c.arguments);
+    EXPECT_EQ(result.status, 2) << c.arguments;
+    EXPECT_EQ(result.out, "") << c.arguments;
+    EXPECT_THAT(result.err, HasSubstr(c.message)) << c.arguments;
+  }
+}
+
+TEST(Command, EveryVerbHasHelpWithExamplesAndExitCodes) {
+  for (const std::string verb : {"poll", "sim", "demo"}) {
+    const ToolResult result = RunTool(verb + " --help");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, HasSubstr("Examples:\n  fieldline " + verb));
+    EXPECT_THAT(result.out, HasSubstr("Exit codes:\n  0 "));
+  }
+}
+
+// Takes from the simulator's output the command that it suggests for the n-th device, and runs it.
+ToolResult RunSuggestion(const std::string& output, int nth, const std::string& more) {
+  std::size_t start = 0;
+  for (int i = 0; i < nth; ++i) start = output.find("\n  fieldline ", start + 1);
+  start += std::string("\n  fieldline ").size();
+  return RunTool(output.substr(start, output.find('\n', start) - start) + more);
+}
+
+TEST(Sim, SuggestsCommandsThatWork) {
+  ToolProcess sim(FIELDLINE_TOOL, Words("sim envir elec-y envir --one-line --baud 19200 --address 7 --seed 5 --trace "
+                                        "--set humidity=29.1 --set elec-y.single=4990"));
+  ASSERT_TRUE(sim.WaitForOutput("poll envir --address 9 --port /dev/pts/"));
+  ASSERT_TRUE(sim.WaitForOutput(":19200,n,8,1\nenvir at address 9"));
+  EXPECT_THAT(sim.output(), HasSubstr("seed 5\n"));
+  const ToolResult probe = RunSuggestion(sim.output(), 1, " --timeout 0,20000");
+  EXPECT_EQ(probe.status, 0) << probe.err;
+  EXPECT_THAT(probe.out, HasSubstr("envir at address 7 on /dev/pts/"));
+  EXPECT_THAT(probe.out, HasSubstr("register_0  291\n"));
+  const ToolResult meter = RunSuggestion(sim.output(), 2, " --timeout 0,20000");
+  EXPECT_EQ(meter.status, 0) << meter.err;
+  EXPECT_THAT(meter.out, HasSubstr("single       4990\n"));
+  sim.Interrupt();
+  const ToolResult result = sim.Finish();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.err, HasSubstr(" -> 07 03 00 00 00 02 C4 6D\n"));
+}
+
+TEST(Sim, InjuresRepliesAsTold) {
+  ToolProcess sim(FIELDLINE_TOOL, Words("sim envir --fault truncate:nth=1 --fault corrupt:p=0,every=2"));
+  ASSERT_TRUE(sim.WaitForOutput(":2400,n,8,1\n"));
+  const ToolResult result = RunSuggestion(sim.output(), 1, " --timeout 0,1000 --count 3 --interval 0");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("3 polls, 1 good, 2 failed"));
+}
+
+TEST(Demo, PollsEveryKind) {
+  const ToolResult result = RunTool("demo");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("  -> 01 03 00 00 00 02 C4 0B\n  <- 01 03 04 01 C2 00 EB 1A 7C\n"));
+  EXPECT_THAT(result.out, HasSubstr("devices answered as they should\n"));
+}
+
+}  // namespace
+}  // namespace fieldline

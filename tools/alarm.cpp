@@ -1,0 +1,324 @@
+#include "tools/alarm.h"
+
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fieldline/alarm/hub_alarm.h"
+#include "fieldline/platform/console.h"
+#include "fieldline/serial/ser_base.h"
+#include "tools/kinds.h"
+#include "tools/line_option.h"
+#include "tools/number_option.h"
+#include "tools/poller.h"
+#include "tools/report.h"
+#include "tools/text.h"
+
+namespace fieldline::tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  fieldline alarm status --port /dev/ttyUSB0\n"
+    "  fieldline alarm sms 5550100 \"Door open\" --port /dev/ttyUSB0\n"
+    "  fieldline alarm mms \"Door open\" door.jpg --port COM1:57600,n,8,1 --map COM1=/dev/ttyUSB0\n"
+    "  fieldline alarm relay 1 1 --port /dev/ttyUSB0 --json";
+
+constexpr Kind kBoard = {"alarm", "alarm board", SERDAT_ALARM, "CHubAlarm", Protocol::kAlarm, 115200, 0, 0, {}};
+
+constexpr std::size_t kLongestPayload = 506;  // bytes of a frame, final zeros included
+
+struct Arguments {
+  LineArguments line;
+  bool json = false;
+  bool trace = false;
+  // Each operation has some of these.
+  std::string number;
+  std::string text;
+  std::string file;
+  int relay = 0;
+  int state = 0;
+
+  std::string data;  // of the file
+};
+
+struct Operation {
+  std::string_view name;
+  std::string_view description;
+  std::vector<std::string_view> arguments;
+  int (*run)(IHubAlarm& board, Arguments& arguments, ordered_json& record);  // 0 for success
+};
+
+// clang-format off
+const Operation kOperations[] = {
+    {"id", "Show the identity of the board", {},
+     [](IHubAlarm& board, Arguments&, ordered_json& record) {
+       DEVICE_ID id{};
+       const int failed = board.Alm_get_device_id(&id);
+       record["id"] = Hex(id.bytes);
+       return failed;
+     }},
+    {"status", "Show the status of the board", {},
+     [](IHubAlarm& board, Arguments&, ordered_json& record) {
+       DEVICE_STATUS status{};
+       const int failed = board.Alm_get_status(&status);
+       record["status"] = Hex(status.bytes);
+       return failed;
+     }},
+    {"signal", "Show the signal quality", {},
+     [](IHubAlarm& board, Arguments&, ordered_json& record) {
+       char quality = 0;
+       const int failed = board.Alm_get_sig_qty(&quality);
+       record["signal_quality"] = static_cast<BYTE>(quality);
+       return failed;
+     }},
+    {"requests", "Show what was asked from remote", {},
+     [](IHubAlarm& board, Arguments&, ordered_json& record) {
+       DEVICE_REQ requests{};
+       const int failed = board.Alm_get_rmt_req(&requests);
+       record["requests"] = Hex(requests.bytes);
+       return failed;
+     }},
+    {"inputs", "Show the inputs, a 32-bit word", {},
+     [](IHubAlarm& board, Arguments&, ordered_json& record) {
+       unsigned long inputs = 0;
+       const int failed = board.Alm_read_io(&inputs);
+       record["inputs"] = inputs;
+       return failed;
+     }},
+    {"relay", "Switch a relay", {"RELAY", "STATE"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json&) {
+       return board.Alm_ctrl_relay(static_cast<BYTE>(arguments.relay), static_cast<BYTE>(arguments.state));
+     }},
+    {"sms", "Send an SMS; shows what the board says to it", {"NUMBER", "TEXT"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json& record) {
+       BYTE result = 0;
+       const int failed = board.Alm_send_sms(arguments.number.data(), arguments.text.data(), &result);
+       record["result"] = result;
+       return failed;
+     }},
+    {"mms", "Send a file as an MMS", {"TEXT", "FILE"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json& record) {
+       record["bytes"] = arguments.data.size();
+       return board.Alm_send_mms(arguments.text.data(), reinterpret_cast<BYTE*>(arguments.data.data()),
+                                 arguments.data.size());
+     }},
+    {"dial", "Call a number and speak a text", {"NUMBER", "TEXT"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json&) {
+       return board.Alm_pstn_dial(arguments.number.data(), arguments.text.data());
+     }},
+    {"speak", "Speak a text locally", {"TEXT"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json&) { return board.Alm_tts_local(arguments.text.data()); }},
+    {"set-text", "Set the text to be spoken", {"TEXT"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json&) {
+       return board.Alm_set_tts_text(arguments.text.data());
+     }},
+    {"clear-text", "Clear the text to be spoken", {},
+     [](IHubAlarm& board, Arguments&, ordered_json&) { return board.Alm_clr_tts_text(); }},
+    {"snapshot", "Hand the board the snapshot text", {"TEXT"},
+     [](IHubAlarm& board, Arguments& arguments, ordered_json&) {
+       return board.Alm_set_snapshot(arguments.text.data());
+     }},
+    {"reset-gsm", "Reset the radio", {},
+     [](IHubAlarm& board, Arguments&, ordered_json&) { return board.Alm_reset_gsm(); }},
+    {"reset-pstn", "Reset the telephone line", {},
+     [](IHubAlarm& board, Arguments&, ordered_json&) { return board.Alm_reset_pstn(); }},
+};
+// clang-format on
+
+// After a failed write the controller opens its port without a definition; this one then opens the same line again.
+class BoardPort final : public CSerBase {
+ public:
+  explicit BoardPort(const Line& line) : CSerBase(SER_COM), definition_(line.definition) {}
+
+  int Open(const wchar_t*) override { return CSerBase::Open(definition_.c_str()); }
+
+ private:
+  const std::wstring definition_;
+};
+
+// The controller with a port, until this goes.
+class BoardController {
+ public:
+  explicit BoardController(ISerBase& port) : board_(CHubAlarm::GetInstance()) {
+    if (board_ == nullptr) throw std::bad_alloc();
+    board_->InitHandler(&port);
+  }
+  ~BoardController() {
+    board_->InitHandler(nullptr);
+    CHubAlarm::FreeInstance();
+  }
+  BoardController(const BoardController&) = delete;
+  BoardController& operator=(const BoardController&) = delete;
+
+  IHubAlarm& board() { return *board_; }
+
+ private:
+  CHubAlarm* const board_;
+};
+
+// Draws how far an MMS is, once it has lasted a second, on a terminal.
+class TransferProgress final : public ISerObserver {
+ public:
+  explicit TransferProgress(std::size_t size) : size_(size) {}
+  ~TransferProgress() {
+    if (drawn_) std::cerr << "\r\033[K" << std::flush;
+  }
+
+  void OnSerRead(const BYTE*, int) override {}
+  void OnSerWrite(const BYTE* data, int count) override {
+    constexpr BYTE kDataBlock = 0x13;
+    constexpr int kFrameOverhead = 6;
+    constexpr std::chrono::milliseconds kQuietStart(1000);
+    if (!on_terminal_ || count <= kFrameOverhead || data[3] != kDataBlock) return;
+    sent_ += static_cast<std::size_t>(count - kFrameOverhead);
+    if (std::chrono::steady_clock::now() - began_ >= kQuietStart) Draw();
+  }
+
+ private:
+  void Draw() {
+    constexpr std::size_t kWidth = 40;
+    const std::size_t filled = std::min(sent_, size_) * kWidth / size_;
+    std::cerr << "\r[" << std::string(filled, '#') << std::string(kWidth - filled, '.') << "] " << sent_ << " of "
+              << size_ << " bytes" << std::flush;
+    drawn_ = true;
+  }
+
+  const std::size_t size_;
+  const bool on_terminal_ = IsTerminal(Stream::kError);
+  const std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
+  std::size_t sent_ = 0;
+  bool drawn_ = false;
+};
+
+void RequireFit(std::string_view what, std::size_t bytes) {
+  if (bytes <= kLongestPayload) return;
+  throw UsageError(std::string(what) + " is too long for a frame: " + std::to_string(bytes) + " bytes with the final " +
+                   "zero, and " + std::to_string(kLongestPayload) + " go");
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream content;
+  if (!file || std::filesystem::is_directory(path)) {
+    throw UsageError("the file \"" + path + "\" can't be read; write the path of one that can");
+  }
+  content << file.rdbuf();
+  return content.str();
+}
+
+void CheckArguments(const Operation& operation, Arguments& arguments) {
+  RequireFit("NUMBER", arguments.number.size() + 1);
+  RequireFit("TEXT", arguments.text.size() + 1);
+  if (operation.name == "sms") {
+    RequireFit("NUMBER and TEXT together", arguments.number.size() + arguments.text.size() + 2);
+  }
+  if (!arguments.file.empty()) arguments.data = ReadFile(arguments.file);
+}
+
+ordered_json Head(const Operation& operation, const Line& line, Time time, bool ok) {
+  return {
+      {"schema",    kJsonSchema   },
+      {"time",      IsoTime(time) },
+      {"kind",      kBoard.name   },
+      {"operation", operation.name},
+      {"port",      line.shown    },
+      {"ok",        ok            }
+  };
+}
+
+ExitCode Run(const Operation& operation, Arguments& arguments) {
+  CheckArguments(operation, arguments);
+  const Line line = ResolveLine(arguments.line, kBoard.UsualSettings());
+  Recorder recorder(arguments.trace);
+  BoardPort port(line);
+  BoardController controller(port);
+  OpenLine open_line(port, recorder);
+
+  const Time time = std::chrono::system_clock::now();
+  const auto began = std::chrono::steady_clock::now();
+  ordered_json record = ordered_json::object();
+  std::optional<Failure> failure = open_line.Open(line);
+  if (!failure) {
+    TransferProgress progress(arguments.data.size());
+    port.InsertObserver(&progress);
+    const int failed = operation.run(controller.board(), arguments, record);
+    port.RemoveObserver(&progress);
+    if (failed != 0) {
+      failure = DiagnosePoll(kBoard, 0, &port, recorder.Exchanges(), std::chrono::steady_clock::now());
+    }
+  }
+  const std::chrono::duration<double, std::milli> duration = std::chrono::steady_clock::now() - began;
+
+  if (arguments.json) {
+    ordered_json json = Head(operation, line, time, !failure);
+    json["duration_ms"] = std::round(duration.count() * 1000) / 1000;
+    if (failure) {
+      json["error"] = FailureToJson(*failure);
+    } else {
+      json["record"] = record;
+    }
+    PrintJson(json);
+  } else if (failure) {
+    ShowFailure("alarm " + std::string(operation.name), *failure);
+  } else {
+    std::cout << "alarm " << operation.name << " on " << line.shown << ", " << Fixed(duration.count(), 1) << " ms\n";
+    for (const auto& [name, value] : record.items()) {
+      std::cout << "  " << name << "  " << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+    }
+    std::cout << std::flush;
+  }
+  return failure ? failure->exit : ExitCode::kGood;
+}
+
+void AddArgument(CLI::App& command, std::string_view name, const std::shared_ptr<Arguments>& arguments) {
+  if (name == "RELAY") {
+    AddNumber(command, "RELAY", 0, 255, "Number of the relay", [arguments](int relay) {
+      arguments->relay = relay;
+    })->required();
+  } else if (name == "STATE") {
+    AddNumber(command, "STATE", 0, 255, "Its new state", [arguments](int state) {
+      arguments->state = state;
+    })->required();
+  } else if (name == "NUMBER") {
+    command.add_option("NUMBER", arguments->number, "Telephone number")->required();
+  } else if (name == "TEXT") {
+    command.add_option("TEXT", arguments->text, "Text, sent as it is written")->required();
+  } else if (name == "FILE") {
+    command.add_option("FILE", arguments->file, "File to send")->required();
+  }
+}
+
+}  // namespace
+
+Verb AddAlarm(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& command = *app.add_subcommand("alarm", "Use the alarm board: messages, calls, speech, relays, inputs");
+  command.footer(kExamples);
+  command.require_subcommand(1);
+  AddLineOptions(command, arguments->line);
+  command.add_flag("--json", arguments->json, "One JSON object");
+  command.add_flag("--trace", arguments->trace, "Show every block of bytes on standard error; times are UTC");
+  for (const Operation& operation : kOperations) {
+    CLI::App& subcommand =
+        *command.add_subcommand(std::string(operation.name), std::string(operation.description))->fallthrough();
+    for (const std::string_view name : operation.arguments) AddArgument(subcommand, name, arguments);
+  }
+  return {&command, [&command, arguments] {
+            for (const Operation& operation : kOperations) {
+              if (command.got_subcommand(std::string(operation.name))) return Run(operation, *arguments);
+            }
+            return ExitCode::kUsage;
+          }};
+}
+
+}  // namespace fieldline::tool

@@ -1,0 +1,30 @@
+#include "tools/report.h"
+
+#include <iostream>
+
+#include "tools/text.h"
+
+namespace fieldline::tool {
+
+using nlohmann::ordered_json;
+
+void PrintJson(const ordered_json& json) {
+  std::cout << json.dump(-1, ' ', false, ordered_json::error_handler_t::replace) << std::endl;
+}
+
+ordered_json FailureToJson(const Failure& failure) {
+  return {
+      {"code",    failure.code        },
+      {"message", failure.message     },
+      {"request", Hex(failure.request)},
+      {"reply",   Hex(failure.reply)  }
+  };
+}
+
+void ShowFailure(const std::string& subject, const Failure& failure) {
+  std::cerr << "fieldline: " << subject << ": " << Alert(failure.message) << '\n';
+  if (!failure.request.empty()) std::cerr << "  sent      " << Hex(failure.request, 64) << '\n';
+  if (!failure.reply.empty()) std::cerr << "  received  " << Hex(failure.reply, 64) << '\n';
+}
+
+}  // namespace fieldline::tool

@@ -1,0 +1,69 @@
+#include "tools/show_kinds.h"
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/kinds.h"
+#include "tools/report.h"
+#include "tools/table.h"
+
+namespace fieldline::tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  fieldline kinds\n"
+    "  fieldline kinds --json";
+
+bool HasLine(const Kind& kind) { return kind.protocol != Protocol::kLocal; }
+
+ordered_json ToJson(const Kind& kind) {
+  ordered_json json = {
+      {"schema",      kJsonSchema                },
+      {"kind",        kind.name                  },
+      {"description", kind.description           },
+      {"number",      kind.id                    },
+      {"class",       kind.driver                },
+      {"protocol",    ProtocolName(kind.protocol)},
+      {"settings",    nullptr                    },
+      {"address",     nullptr                    },
+      {"record_size", kind.record_size           }
+  };
+  if (HasLine(kind)) json["settings"] = kind.UsualSettings();
+  if (kind.address != 0) json["address"] = kind.address;
+  return json;
+}
+
+ExitCode Run(bool json) {
+  if (json) {
+    for (const Kind& kind : Kinds()) PrintJson(ToJson(kind));
+    return ExitCode::kGood;
+  }
+  std::vector<TableRow> rows = {
+      {"KIND", "DEVICE", "CLASS", "PROTOCOL", "SETTINGS", "ADDRESS", "RECORD"}
+  };
+  for (const Kind& kind : Kinds()) {
+    rows.push_back({std::string(kind.name), std::string(kind.description), std::string(kind.driver),
+                    std::string(ProtocolName(kind.protocol)), HasLine(kind) ? kind.UsualSettings() : "-",
+                    kind.address != 0 ? std::to_string(kind.address) : "-", std::to_string(kind.record_size)});
+  }
+  PrintTable(std::cout, rows);
+  std::cout << "SETTINGS and ADDRESS are the usual ones, RECORD is in bytes.\n";
+  return ExitCode::kGood;
+}
+
+}  // namespace
+
+Verb AddKinds(CLI::App& app) {
+  const auto json = std::make_shared<bool>(false);
+  CLI::App& command = *app.add_subcommand("kinds", "List the kinds of devices");
+  command.footer(kExamples);
+  command.add_flag("--json", *json, "One JSON object a line");
+  return {&command, [json] { return Run(*json); }};
+}
+
+}  // namespace fieldline::tool

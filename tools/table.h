@@ -1,0 +1,17 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace fieldline::tool {
+
+using TableRow = std::vector<std::string>;
+
+// Left-aligned columns, two spaces apart. The first row holds the headings; all rows are as long.
+void PrintTable(std::ostream& out, const std::vector<TableRow>& rows);
+
+// The same as a table of a Markdown document.
+void PrintMarkdownTable(std::ostream& out, const std::vector<TableRow>& rows);
+
+}  // namespace fieldline::tool
