@@ -11,6 +11,7 @@
 #include "fieldline/drivers/basic/sensor_envir.h"
 #include "fieldline/drivers/basic/sensor_leak.h"
 #include "fieldline/drivers/basic/sensor_onoff.h"
+#include "fieldline/drivers/imaging/sensor_camera.h"
 #include "fieldline/drivers/power/sensor_airc.h"
 #include "fieldline/drivers/power/sensor_dual_proto.h"
 #include "fieldline/drivers/power/sensor_elec.h"
@@ -42,6 +43,8 @@ CSensorBase* MakeDriver(ENUM_SERDATKIND kind) {
       return new (std::nothrow) CSensorCybermate;
     case SERDAT_DI:
       return new (std::nothrow) CSensorDi;
+    case SERDAT_CAMERA:
+      return new (std::nothrow) CSensorCamera;
     case SERDAT_EMERSON:
       return new (std::nothrow) CSensorEmerson;
     case SERDAT_DUAL_PROTO:
