@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "fieldline/serial/hub_ser_test.h"
 #include "fieldline/serial/ser_base.h"
 
 CHubSerFactory* CHubSerFactory::m_pInstance = nullptr;
@@ -9,12 +10,17 @@ CHubSerFactory* CHubSerFactory::m_pInstance = nullptr;
 namespace {
 
 ISerBase* MakePort(ENUM_SERTYPE type) {
+  if (type == SER_TEST) return new (std::nothrow) CHubSerTest;
   const bool has_port = (type >= SER_ESL1 && type <= SER_ESL8) || type == SER_COM;
   return has_port ? new (std::nothrow) CSerBase(type) : nullptr;
 }
 
 // Ports have no virtual destructor; what a port is follows from its type.
 void DestroyPort(ISerBase* port) {
+  if (port->GetSerType() == SER_TEST) {
+    delete static_cast<CHubSerTest*>(port);
+    return;
+  }
   CSerBase* const serial = static_cast<CSerBase*>(port);
   serial->CSerBase::~CSerBase();
   ::operator delete(serial);
