@@ -22,7 +22,6 @@ TEST_F(Factories, GiveOnePortAType) {
   EXPECT_EQ(CHubSerFactory::GetInstance(), factory);
   ISerBase* ports[11] = {};
   for (int type = 1; type <= 10; ++type) {
-    if (type == SER_TEST) continue;
     ports[type] = factory->GetHubSer(static_cast<ENUM_SERTYPE>(type));
     ASSERT_NE(ports[type], nullptr) << type;
     EXPECT_EQ(ports[type]->GetSerType(), type);
@@ -30,7 +29,6 @@ TEST_F(Factories, GiveOnePortAType) {
     EXPECT_EQ(std::count(ports, ports + type, ports[type]), 0);
   }
   for (int type = 1; type <= 10; ++type) {
-    if (type == SER_TEST) continue;
     EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), ports[type]);
   }
   for (const int type : {-1, 0, 11}) EXPECT_EQ(factory->GetHubSer(static_cast<ENUM_SERTYPE>(type)), nullptr) << type;
@@ -53,7 +51,7 @@ TEST_F(Factories, StartAfreshAfterTheirRelease) {
 
 TEST_F(Factories, GiveOneDriverAKind) {
   CSensorFactory* factory = CSensorFactory::GetInstance();
-  for (const int kind : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 16, 17, 18, 19}) {
+  for (const int kind : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 16, 17, 18, 19}) {
     CSensorBase* driver = factory->GetSensor(static_cast<ENUM_SERDATKIND>(kind));
     ASSERT_NE(driver, nullptr) << kind;
     EXPECT_EQ(driver->GetKind(), kind);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "fieldline/platform/file.h"
+#include "tests/support/temp_directory.h"
+
+namespace fieldline::test {
+
+// A flash file system of its own while it lives, with an empty image directory.
+class FlashImages {
+ public:
+  FlashImages() {
+    std::filesystem::create_directories(Path());
+    SetFlashRoot(root_.Path().string().c_str());
+  }
+  ~FlashImages() { SetFlashRoot(nullptr); }
+
+  std::filesystem::path Path() const { return root_.Path() / "NandFlash" / "www" / "wwwpub" / "images"; }
+  std::string Read(const std::string& name) const { return root_.ReadFile(Path() / name); }
+  bool IsEmpty() const { return std::filesystem::is_empty(Path()); }
+
+  // In place of the image directory: nothing, or a file.
+  void RemoveDirectory() const { std::filesystem::remove_all(Path()); }
+  void ReplaceDirectoryByFile() const {
+    RemoveDirectory();
+    root_.WriteFile(Path(), "");
+  }
+  // In place of a picture: a device that takes no byte.
+  void MakeFull(const std::string& name) const { std::filesystem::create_symlink("/dev/full", Path() / name); }
+
+ private:
+  TempDirectory root_;
+};
+
+}  // namespace fieldline::test
