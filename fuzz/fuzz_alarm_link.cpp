@@ -1,53 +1,33 @@
 // Replies of the alarm board: whatever comes, an operation that fails leaves its result untouched, and none reads or
 // sends more than a frame.
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <span>
-
 #include "fieldline/alarm/alarm_link.h"
+#include "fuzz/reply_port.h"
+
+using namespace fieldline::fuzz;
 
 namespace {
 
-constexpr BYTE kOld = 0xEE;
-constexpr std::size_t kLongestFrame = 512;
-constexpr std::size_t kLongestBody = 32;
+constexpr int kLongestFrame = 512;
+constexpr int kLongestBody = 32;
 
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
-
-// Serves the input to read after read.
-class InputPort final : public ISerBase {
+// Serves the input byte by byte to read after read.
+class BoardPort final : public fieldline::test::StubPort {
  public:
-  explicit InputPort(std::span<const BYTE> input) : input_(input) {}
+  explicit BoardPort(std::span<const BYTE> input) : input_(input) {}
 
-  ENUM_SERTYPE GetSerType() override { return SER_ESL1; }
-  wchar_t* GetSerNote() override { return nullptr; }
-  int Open(const wchar_t*) override { return 1; }
-  int Close() override { return 1; }
-  int IsOpened() override { return 1; }
-  int SetDef(const wchar_t*) override { return 0; }
-  int SetPort(int) override { return 1; }
-  int SetBaud(int) override { return 1; }
-  int SetTimeout(int, int) override { return 1; }
-  int Purge() override { return 1; }
   int Read(BYTE* data, int count) override {
-    Require(count >= 0 && static_cast<std::size_t>(count) <= kLongestBody);
+    Require(count > 0 && count <= kLongestBody);
     const auto served = input_.first(std::min(input_.size(), static_cast<std::size_t>(count)));
-    std::copy(served.begin(), served.end(), data);
+    std::ranges::copy(served, data);
     input_ = input_.subspan(served.size());
     return static_cast<int>(served.size());
   }
+
   int Write(const BYTE*, int count) override {
-    Require(count > 0 && static_cast<std::size_t>(count) <= kLongestFrame);
+    Require(count > 0 && count <= kLongestFrame);
     return count;
   }
-  int InsertObserver(ISerObserver*) override { return -1; }
-  int RemoveObserver(ISerObserver*) override { return -1; }
-  int GetData(int, int) override { return 0; }
 
  private:
   std::span<const BYTE> input_;
@@ -87,20 +67,18 @@ int Run(BYTE operation, Results* results, unsigned long* inputs) {
 
 }  // namespace
 
+// The first byte chooses the operation, the others are what the board sends.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  InputPort port({data + 1, size - 1});
+  BoardPort port({data + 1, size - 1});
   fieldline::InstallAlarmPort(&port);
 
   Results results;
-  std::fill_n(reinterpret_cast<BYTE*>(&results), sizeof results, kOld);
+  const std::span bytes(reinterpret_cast<BYTE*>(&results), sizeof results);
+  MakeOld(bytes);
   unsigned long inputs = kOld;
   const int result = Run(data[0], &results, &inputs);
-  Require(result == 0 || result == 1);
-  if (result == 1) {
-    const auto* const bytes = reinterpret_cast<const BYTE*>(&results);
-    Require(std::all_of(bytes, bytes + sizeof results, [](BYTE byte) { return byte == kOld; }) && inputs == kOld);
-  }
+  Require(result == 0 || (result == 1 && IsOld(bytes) && inputs == kOld));
   Require(inputs <= 0xFFFFFFFF);
 
   fieldline::InstallAlarmPort(nullptr);

@@ -16,6 +16,7 @@
 #include "fieldline/serial/ser_base.h"
 #include "sim/line.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/stub_port.h"
 
 namespace fieldline::sim {
 namespace {
@@ -108,19 +109,10 @@ TEST(AlarmBoardTest, CountsFramesOutOfSequence) {
 }
 
 // A board that the port reaches without a line between them. Like any port it is for one thread at a time.
-class DirectPort final : public ISerBase {
+class DirectPort final : public test::StubPort {
  public:
   explicit DirectPort(AlarmBoard* board) : board_(board) {}
 
-  ENUM_SERTYPE GetSerType() override { return SER_ESL1; }
-  wchar_t* GetSerNote() override { return nullptr; }
-  int Open(const wchar_t*) override { return 1; }
-  int Close() override { return 1; }
-  int IsOpened() override { return 1; }
-  int SetDef(const wchar_t*) override { return 0; }
-  int SetPort(int) override { return 1; }
-  int SetBaud(int) override { return 1; }
-  int SetTimeout(int, int) override { return 1; }
   int Purge() override {
     waiting_.clear();
     return 1;
@@ -138,9 +130,6 @@ class DirectPort final : public ISerBase {
     for (const Reply& reply : replies) waiting_.insert(waiting_.end(), reply.bytes.begin(), reply.bytes.end());
     return count;
   }
-  int InsertObserver(ISerObserver*) override { return -1; }
-  int RemoveObserver(ISerObserver*) override { return -1; }
-  int GetData(int, int) override { return 0; }
 
  private:
   AlarmBoard* const board_;
