@@ -1,6 +1,7 @@
 #include "fieldline/drivers/ascii/hex_frame.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 
@@ -51,9 +52,11 @@ double GetHexFloat(const BYTE* characters) {
   const unsigned low = GetHexByte(characters) | GetHexByte(characters + 2) * 0x100u;
   const unsigned high = GetHexByte(characters + 4) | GetHexByte(characters + 6) * 0x100u;
   const std::uint32_t bits = high << 16 | low;
-  const int exponent = static_cast<int>(bits >> 23 & 0xFF);
-  const std::uint32_t fraction = bits & 0x7FFFFF;
-  return std::ldexp(0x800000 | fraction, exponent - 127 - 23);
+
+  // As a double: the exponent, biased by 1023 in place of 127, over 52 bits of fraction in place of 23.
+  const std::uint64_t exponent = bits >> 23 & 0xFF;
+  const std::uint64_t fraction = bits & 0x7FFFFF;
+  return std::bit_cast<double>((exponent - 127 + 1023) << 52 | fraction << (52 - 23));
 }
 
 // Equal to printing `value` with that many decimals, reading the text back, multiplying and truncating: 24 significant
