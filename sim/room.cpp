@@ -1,0 +1,113 @@
+#include "sim/room.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace fieldline::sim {
+namespace {
+
+constexpr RoomLine kLines[] = {
+    {"ESL1", 2400  },
+    {"ESL2", 9600  },
+    {"ESL3", 9600  },
+    {"ESL4", 2400  },
+    {"ESL5", 9600  },
+    {"ESL6", 9600  },
+    {"ESL7", 9600  },
+    {"ESL8", 115200},
+    {"COM1", 115200},
+    {"COM2", 9600  },
+    {"COM3", 115200},
+    {"COM4", 115200},
+    {"EIO1", 0     },
+};
+
+constexpr RoomDevice kDevices[] = {
+    {"cold-aisle",   "ESL1", "envir",      1},
+    {"hot-aisle",    "ESL1", "envir",      2},
+    {"battery-room", "ESL1", "envir",      3},
+    {"floor",        "ESL2", "leak",       1},
+    {"doors",        "ESL2", "onoff",      2},
+    {"cooling-1",    "ESL2", "airc",       3},
+    {"mains",        "ESL3", "elec",       1},
+    {"racks",        "ESL3", "elec-y",     2},
+    {"cooling-2",    "ESL3", "emerson",    3},
+    {"rectifier-1",  "ESL3", "dual-proto", 4},
+    {"rectifier-2",  "ESL3", "dual-proto", 5},
+    {"ups",          "ESL4", "ups",        0},
+    {"batteries",    "ESL5", "battery",    1},
+    {"power-unit",   "ESL6", "power-unit", 1},
+    {"cybermate",    "ESL7", "cybermate",  1},
+    {"camera-1",     "ESL8", "camera",     0},
+    {"camera-2",     "COM1", "camera-3ge", 0},
+    {"entrance",     "COM2", "card",       0},
+    {"alarm-board",  "COM3", "alarm",      0},
+    {"panel",        "COM4", "display",    0},
+    {"inputs",       "EIO1", kInputsKind,  0},
+};
+
+}  // namespace
+
+RoomLayout MachineRoom() { return {kLines, kDevices}; }
+
+Room::Room(const RoomLayout& layout, const std::filesystem::path& scratch) {
+  for (const RoomLine& line : layout.lines) {
+    if (line.baud == 0) continue;
+    lines_.push_back({line.name, std::make_unique<Line>(LineOptions{.baud = line.baud})});
+  }
+  for (const RoomDevice& device : layout.devices) {
+    if (device.kind == kInputsKind) {
+      values_.push_back({device.name, &inputs_.emplace(scratch).values()});
+    } else if (std::unique_ptr<Device> made = Make(device.kind, static_cast<BYTE>(device.address))) {
+      values_.push_back({device.name, &FindLine(device.line)->Add(std::move(made)).values()});
+    }
+  }
+}
+
+bool Room::Start() {
+  if (inputs_ && !inputs_->Update()) return false;
+  return std::ranges::all_of(lines_,
+                             [](const NamedLine& named) { return !named.line->Path().empty() || named.line->Start(); });
+}
+
+Values* Room::FindValues(std::string_view device) {
+  const auto found = std::ranges::find(values_, device, &NamedValues::device);
+  return found != values_.end() ? found->values : nullptr;
+}
+
+bool Room::Set(std::string_view device, std::string_view value, std::string_view text, std::string* error) {
+  Values* const values = FindValues(device);
+  if (!values->Set(value, text, error)) return false;
+  if (!inputs_ || values != &inputs_->values() || inputs_->Update()) return true;
+  *error = inputs_->Path().string() + " can't be written";
+  return false;
+}
+
+Line* Room::FindLine(std::string_view name) {
+  const auto found = std::ranges::find(lines_, name, &NamedLine::name);
+  return found != lines_.end() ? found->line.get() : nullptr;
+}
+
+std::string Room::Path(std::string_view line) const {
+  const auto found = std::ranges::find(lines_, line, &NamedLine::name);
+  if (found != lines_.end()) return found->line->Path();
+  return inputs_ ? inputs_->Path().string() : std::string();
+}
+
+void Room::Seed(std::uint32_t seed) {
+  seed_ = seed;
+  for (const NamedValues& device : values_) device.values->SeedDrift(seed);
+}
+
+void Room::SetFaults(std::string_view line, std::vector<FaultRule> rules) {
+  const auto found = std::ranges::find(lines_, line, &NamedLine::name);
+  // Lines that have the same rules are not hit at the same replies.
+  const auto seed = seed_ + static_cast<std::uint32_t>(found - lines_.begin());
+  found->line->SetFaults(Faults(seed, std::move(rules)));
+}
+
+void Room::Drift(double seconds) {
+  for (const NamedValues& device : values_) device.values->Drift(seconds);
+}
+
+}  // namespace fieldline::sim
