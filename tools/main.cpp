@@ -11,6 +11,8 @@
 #include "tools/display.h"
 #include "tools/exit_code.h"
 #include "tools/poll.h"
+#include "tools/show_kinds.h"
+#include "tools/show_record.h"
 #include "tools/sim.h"
 #include "tools/text.h"
 #include "tools/verb.h"
@@ -32,7 +34,8 @@ int Main(int argc, char** argv) {
   app.set_version_flag("--version", FIELDLINE_VERSION);
   app.require_subcommand(1);
   app.footer(kExitCodes);
-  const std::vector<Verb> verbs = {AddPoll(app), AddAlarm(app), AddDisplay(app), AddSim(app), AddDemo(app)};
+  const std::vector<Verb> verbs = {AddPoll(app), AddAlarm(app), AddDisplay(app), AddSim(app),
+                                   AddDemo(app), AddKinds(app), AddRecord(app)};
   for (const Verb& verb : verbs) {
     verb.command->footer(verb.command->get_footer() + "\n\n" + kExitCodes);
   }

@@ -18,22 +18,6 @@ using nlohmann::ordered_json;
 constexpr int kNumbersPerLine = 12;
 constexpr int kMostTextUnits = 64;
 
-std::size_t Width(FieldType type) {
-  switch (type) {
-    case FieldType::kU8:
-    case FieldType::kAscii:
-      return 1;
-    case FieldType::kU16:
-    case FieldType::kI16:
-    case FieldType::kUtf16:
-      return 2;
-    default:
-      return 4;
-  }
-}
-
-bool IsText(const Field& field) { return field.type == FieldType::kAscii || field.type == FieldType::kUtf16; }
-
 bool IsPhysical(const Field& field) { return field.factor != 1 || !field.unit.empty(); }
 
 // Fields lie at odd positions, too.
@@ -45,7 +29,7 @@ T Load(const BYTE* bytes) {
 }
 
 long long Number(const Field& field, const BYTE* record, int index) {
-  const BYTE* const bytes = record + field.position + static_cast<std::size_t>(index) * Width(field.type);
+  const BYTE* const bytes = record + field.position + static_cast<std::size_t>(index) * FieldWidth(field.type);
   switch (field.type) {
     case FieldType::kU8:
       return *bytes;
@@ -62,7 +46,7 @@ long long Number(const Field& field, const BYTE* record, int index) {
 
 std::string Text(const Field& field, const BYTE* record) {
   const int units = std::min(field.count, kMostTextUnits);
-  const auto bytes = static_cast<std::size_t>(units) * Width(field.type);
+  const auto bytes = static_cast<std::size_t>(units) * FieldWidth(field.type);
   if (field.type == FieldType::kAscii) {
     const char* const text = reinterpret_cast<const char*>(record + field.position);
     return std::string(text, std::find(text, text + bytes, '\0'));
@@ -95,18 +79,13 @@ struct Row {
   bool alone;  // the raw text has the rest of the line to itself
 };
 
-std::string Name(const Field& field, int index) {
-  const std::string name(field.name);
-  return field.count == 1 ? name : name + '_' + std::to_string(field.first + index);
-}
-
 void AppendRows(std::vector<Row>& rows, const Field& field, const BYTE* record) {
   if (IsText(field)) {
     rows.push_back({std::string(field.name), '"' + Text(field, record) + '"', {}, true});
   } else if (field.count == 1 || IsPhysical(field)) {
     for (int i = 0; i < field.count; ++i) {
       const long long raw = Number(field, record, i);
-      rows.push_back({Name(field, i), std::to_string(raw), PhysicalText(field, raw), false});
+      rows.push_back({FieldName(field, i), std::to_string(raw), PhysicalText(field, raw), false});
     }
   } else {
     for (int i = 0; i < field.count; i += kNumbersPerLine) {
@@ -114,17 +93,58 @@ void AppendRows(std::vector<Row>& rows, const Field& field, const BYTE* record) 
       std::vector<std::string> numbers;
       for (int k = i; k < end; ++k) numbers.push_back(std::to_string(Number(field, record, k)));
       const std::string last = end - i > 1 ? ".." + std::to_string(field.first + end - 1) : "";
-      rows.push_back({Name(field, i) + last, Join(numbers, " "), {}, true});
+      rows.push_back({FieldName(field, i) + last, Join(numbers, " "), {}, true});
     }
   }
 }
 
 }  // namespace
 
+std::size_t FieldWidth(FieldType type) {
+  switch (type) {
+    case FieldType::kU8:
+    case FieldType::kAscii:
+      return 1;
+    case FieldType::kU16:
+    case FieldType::kI16:
+    case FieldType::kUtf16:
+      return 2;
+    default:
+      return 4;
+  }
+}
+
+std::string_view FieldTypeName(FieldType type) {
+  switch (type) {
+    case FieldType::kU8:
+      return "uint8";
+    case FieldType::kU16:
+      return "uint16";
+    case FieldType::kI16:
+      return "int16";
+    case FieldType::kU32:
+      return "uint32";
+    case FieldType::kI32:
+      return "int32";
+    case FieldType::kAscii:
+      return "ascii";
+    case FieldType::kUtf16:
+      return "utf-16";
+  }
+  return {};
+}
+
+bool IsText(const Field& field) { return field.type == FieldType::kAscii || field.type == FieldType::kUtf16; }
+
+std::string FieldName(const Field& field, int index) {
+  const std::string name(field.name);
+  return field.count == 1 || IsText(field) ? name : name + '_' + std::to_string(field.first + index);
+}
+
 std::size_t FieldsEnd(Fields fields) {
   std::size_t end = 0;
   for (const Field& field : fields) {
-    end = std::max(end, field.position + static_cast<std::size_t>(field.count) * Width(field.type));
+    end = std::max(end, field.position + static_cast<std::size_t>(field.count) * FieldWidth(field.type));
   }
   return end;
 }
@@ -155,7 +175,7 @@ ordered_json RecordToJson(Fields fields, const BYTE* record) {
       json[std::string(field.name)] = Text(field, record);
       continue;
     }
-    for (int i = 0; i < field.count; ++i) json[Name(field, i)] = Number(field, record, i);
+    for (int i = 0; i < field.count; ++i) json[FieldName(field, i)] = Number(field, record, i);
   }
   return json;
 }
@@ -165,7 +185,7 @@ ordered_json PhysicalToJson(Fields fields, const BYTE* record) {
   for (const Field& field : fields) {
     if (IsText(field) || !IsPhysical(field)) continue;
     for (int i = 0; i < field.count; ++i) {
-      ordered_json& entry = json[Name(field, i)];
+      ordered_json& entry = json[FieldName(field, i)];
       entry["value"] = Physical(field, Number(field, record, i));
       if (!field.unit.empty()) entry["unit"] = field.unit;
     }

@@ -4,6 +4,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <ostream>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "fieldline/types.h"
@@ -24,6 +25,17 @@ struct Field {
 };
 
 using Fields = std::span<const Field>;
+
+// Bytes of one number, or of one unit of a text.
+std::size_t FieldWidth(FieldType type);
+
+// "uint8", "utf-16" and so on.
+std::string_view FieldTypeName(FieldType type);
+
+bool IsText(const Field& field);
+
+// The name of the number at `index` of a run, or of a field that is alone.
+std::string FieldName(const Field& field, int index);
 
 // First position behind the fields.
 std::size_t FieldsEnd(Fields fields);

@@ -105,12 +105,12 @@ ordered_json ToJson(const Layout& layout) {
     const std::size_t width = FieldWidth(field.type) * static_cast<std::size_t>(field.count / entries);
     for (int i = 0; i < entries; ++i) {
       ordered_json entry = {
-          {"name",     FieldName(field, i)                                   },
-          {"position", field.position + static_cast<std::size_t>(i) * width},
-          {"bytes",    width                                                 },
-          {"type",     FieldTypeName(field.type)                             },
-          {"scale",    field.factor                                          },
-          {"unit",     nullptr                                               }
+          {"name", FieldName(field, i)},
+          {"position",      field.position + static_cast<std::size_t>(i) * width           },
+          {"bytes",      width   },
+          {"type",      FieldTypeName(field.type)            },
+          {"scale",      1.0 / field.factor  },
+          {"unit",      nullptr             }
       };
       if (!field.unit.empty()) entry["unit"] = field.unit;
       fields.push_back(entry);
@@ -129,8 +129,10 @@ ordered_json ToJson(const Layout& layout) {
 constexpr char kMarkdownHead[] =
     "# Records\n"
     "\n"
-    "What each driver leaves behind `m_pData`, and the records of the alarm board and the display. Positions and sizes\n"
-    "are in bytes; numbers are little-endian and may lie at odd positions. SCALE is what one count stands for, in UNIT\n"
+    "What each driver leaves behind `m_pData`, and the records of the alarm board and the display. Positions and "
+    "sizes\n"
+    "are in bytes; numbers are little-endian and may lie at odd positions. SCALE is what one count stands for, in "
+    "UNIT\n"
     "where the device's is known. `name_1..8` is a run of eight fields.\n"
     "\n"
     "This page is made by `fieldline record --markdown`.\n";
@@ -138,8 +140,8 @@ constexpr char kMarkdownHead[] =
 void PrintMarkdown() {
   std::cout << kMarkdownHead;
   for (const Layout& layout : Layouts()) {
-    std::cout << "\n## " << layout.name << "\n\n`" << layout.type << "`, " << layout.description << ": "
-              << layout.size << " bytes.\n\n";
+    std::cout << "\n## " << layout.name << "\n\n`" << layout.type << "`, " << layout.description << ": " << layout.size
+              << " bytes.\n\n";
     PrintMarkdownTable(std::cout, ToTable(layout));
   }
 }
@@ -160,8 +162,7 @@ ExitCode Run(const Arguments& arguments) {
   if (arguments.json) {
     PrintJson(ToJson(layout));
   } else {
-    std::cout << layout.name << " (" << layout.description << "), " << layout.type << ", " << layout.size
-              << " bytes\n";
+    std::cout << layout.name << " (" << layout.description << "), " << layout.type << ", " << layout.size << " bytes\n";
     PrintTable(std::cout, ToTable(layout));
   }
   return ExitCode::kGood;
