@@ -1,23 +1,12 @@
 #include "tools/fault_option.h"
 
 #include <charconv>
-#include <optional>
-#include <string_view>
 
 #include "tools/text.h"
 #include "tools/verb.h"
 
 namespace fieldline::tool {
 namespace {
-
-std::optional<sim::Fault> FindFault(std::string_view name) {
-  if (name == "drop") return sim::Fault::kDrop;
-  if (name == "corrupt") return sim::Fault::kCorrupt;
-  if (name == "truncate") return sim::Fault::kTruncate;
-  if (name == "noise") return sim::Fault::kNoise;
-  if (name == "delay") return sim::Fault::kDelay;
-  return std::nullopt;
-}
 
 bool ReadProbability(std::string_view text, double* probability) {
   const char* const end = text.data() + text.size();
@@ -44,6 +33,15 @@ bool ReadCondition(std::string_view name, std::string_view value, sim::FaultRule
 }
 
 }  // namespace
+
+std::optional<sim::Fault> FindFault(std::string_view name) {
+  if (name == "drop") return sim::Fault::kDrop;
+  if (name == "corrupt") return sim::Fault::kCorrupt;
+  if (name == "truncate") return sim::Fault::kTruncate;
+  if (name == "noise") return sim::Fault::kNoise;
+  if (name == "delay") return sim::Fault::kDelay;
+  return std::nullopt;
+}
 
 sim::FaultRule ParseFault(const std::string& text) {
   const UsageError refused("--fault \"" + text + "\": write " + kFaultForm + ", such as corrupt:every=3");

@@ -9,6 +9,7 @@
 
 #include "fieldline/platform/console.h"
 #include "fieldline/serial/hub_ser_factory.h"
+#include "tools/duration.h"
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
@@ -39,21 +40,10 @@ struct Arguments {
   bool trace = false;
 };
 
-std::chrono::milliseconds ParseInterval(std::string text) {
-  constexpr long kMost = 24L * 3600 * 1000;  // ms
-  const std::string given = text;
-  long unit = 1;
-  if (text.ends_with("ms")) {
-    text.erase(text.size() - 2);
-  } else if (text.ends_with('s')) {
-    text.pop_back();
-    unit = 1000;
-  }
-  const std::optional<long> number = ParseInteger(text);
-  if (!number || *number < 0 || *number > kMost / unit) {
-    throw CLI::ValidationError("--interval", "write milliseconds, or 250ms or 5s, up to a day; not \"" + given + '"');
-  }
-  return std::chrono::milliseconds(*number * unit);
+std::chrono::milliseconds ParseInterval(const std::string& text) {
+  const std::optional<std::chrono::milliseconds> interval = ParseDuration(text);
+  if (interval) return *interval;
+  throw CLI::ValidationError("--interval", "write " + std::string(kDurationForm) + "; not \"" + text + '"');
 }
 
 // What is polled, and where.
