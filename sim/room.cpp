@@ -57,22 +57,27 @@ Room::Room(const RoomLayout& layout, const std::filesystem::path& scratch) {
   }
   for (const RoomDevice& device : layout.devices) {
     if (device.kind == kInputsKind) {
-      values_.push_back({device.name, &inputs_.emplace(scratch).values()});
-    } else if (std::unique_ptr<Device> made = Make(device.kind, static_cast<BYTE>(device.address))) {
-      values_.push_back({device.name, &FindLine(device.line)->Add(std::move(made)).values()});
+      devices_.push_back({device.name, nullptr, &inputs_.emplace(scratch).values()});
+    } else {
+      Device& made = FindLine(device.line)->Add(Make(device.kind, static_cast<BYTE>(device.address)));
+      devices_.push_back({device.name, &made, &made.values()});
     }
   }
 }
 
 bool Room::Start() {
   if (inputs_ && !inputs_->Update()) return false;
-  return std::ranges::all_of(lines_,
-                             [](const NamedLine& named) { return !named.line->Path().empty() || named.line->Start(); });
+  return std::ranges::all_of(lines_, [](const NamedLine& named) { return named.line->Start(); });
+}
+
+Device* Room::FindDevice(std::string_view name) {
+  const auto found = std::ranges::find(devices_, name, &NamedDevice::name);
+  return found != devices_.end() ? found->device : nullptr;
 }
 
 Values* Room::FindValues(std::string_view device) {
-  const auto found = std::ranges::find(values_, device, &NamedValues::device);
-  return found != values_.end() ? found->values : nullptr;
+  const auto found = std::ranges::find(devices_, device, &NamedDevice::name);
+  return found != devices_.end() ? found->values : nullptr;
 }
 
 bool Room::Set(std::string_view device, std::string_view value, std::string_view text, std::string* error) {
@@ -96,7 +101,7 @@ std::string Room::Path(std::string_view line) const {
 
 void Room::Seed(std::uint32_t seed) {
   seed_ = seed;
-  for (const NamedValues& device : values_) device.values->SeedDrift(seed);
+  for (const NamedDevice& device : devices_) device.values->SeedDrift(seed);
 }
 
 void Room::SetFaults(std::string_view line, std::vector<FaultRule> rules) {
@@ -107,7 +112,7 @@ void Room::SetFaults(std::string_view line, std::vector<FaultRule> rules) {
 }
 
 void Room::Drift(double seconds) {
-  for (const NamedValues& device : values_) device.values->Drift(seconds);
+  for (const NamedDevice& device : devices_) device.values->Drift(seconds);
 }
 
 }  // namespace fieldline::sim

@@ -44,10 +44,11 @@ class Room {
   // directory, by Start().
   Room(const RoomLayout& layout, const std::filesystem::path& scratch);
 
-  // Starts every line that is not running. False when the system has no line left or `scratch` can't be written.
+  // Starts every line. False when the system has no line left or `scratch` can't be written.
   bool Start();
 
-  // Null when the layout has no device of that name.
+  // Null when the layout has no device of that name. The unit's own inputs have values, but are no device on a line.
+  Device* FindDevice(std::string_view name);
   Values* FindValues(std::string_view device);
 
   // Sets a value of a device of the layout, see Values::Set. Values that are set past this reach the devices on lines,
@@ -75,15 +76,16 @@ class Room {
     std::string_view name;
     std::unique_ptr<Line> line;
   };
-  struct NamedValues {
-    std::string_view device;
+  struct NamedDevice {
+    std::string_view name;
+    Device* device;  // null for the unit's own inputs
     Values* values;
   };
 
   std::uint32_t seed_ = 1;
   std::vector<NamedLine> lines_;
   std::optional<DigitalInputs> inputs_;
-  std::vector<NamedValues> values_;
+  std::vector<NamedDevice> devices_;
 };
 
 }  // namespace fieldline::sim
