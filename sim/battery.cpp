@@ -14,7 +14,7 @@ constexpr struct {
     {"group_2_first",  12.5 },
     {"group_2_second", 3.25 },
     {"group_3_first",  25.5 },
-    {"group_3_second", 26.5},
+    {"group_3_second", 26.5 },
 };
 
 std::string CellName(int number) { return "cell_" + std::to_string(number); }

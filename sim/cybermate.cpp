@@ -4,16 +4,16 @@ namespace fieldline::sim {
 namespace {
 
 constexpr struct {
-  unsigned command;
   const char* name;
+  unsigned command;
   int count;
   int bytes;  // of each
   int first;  // number 1 is this until it is set, and so on upwards
 } kGroups[] = {
-    {0x42, "analog",       5,  2, 500 },
-    {0x43, "switch_state", 7,  1, 0x11},
-    {0x44, "alarm_state",  26, 1, 0x21},
-    {0x47, "parameter",    10, 1, 0x41},
+    {"analog",       0x42, 5,  2, 500 },
+    {"switch_state", 0x43, 7,  1, 0x11},
+    {"alarm_state",  0x44, 26, 1, 0x21},
+    {"parameter",    0x47, 10, 1, 0x41},
 };
 
 std::string Name(const char* name, int number) { return name + ('_' + std::to_string(number)); }
