@@ -3,6 +3,8 @@
 #include "sim/airc.h"
 #include "sim/alarm_board.h"
 #include "sim/battery.h"
+#include "sim/camera.h"
+#include "sim/camera_3ge.h"
 #include "sim/card_terminal.h"
 #include "sim/cybermate.h"
 #include "sim/display.h"
@@ -43,6 +45,8 @@ constexpr Kind kKinds[] = {
     {"cybermate",  "fixed-point monitoring unit",                                         9600,   1, MakeAt<Cybermate>               },
     {"power-unit", "power unit",                                                          9600,   1, MakeAt<PowerUnit>               },
     {"card",       "card terminal",                                                       9600,   0, MakeWithoutAddress<CardTerminal>},
+    {"camera",     "serial camera, VC0706",                                               115200, 0, MakeWithoutAddress<Camera>      },
+    {"camera-3ge", "serial camera that streams its picture",                              115200, 0, MakeWithoutAddress<Camera3ge>   },
     {"alarm",      "alarm board",                                                         115200, 0, MakeWithoutAddress<AlarmBoard>  },
     {"display",    "serial display",                                                      115200, 0, MakeWithoutAddress<Display>     },
 };
