@@ -1,8 +1,10 @@
 #include "tools/sim.h"
 
+#include <algorithm>
+#include <chrono>
+#include <deque>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <random>
 #include <string>
@@ -10,18 +12,25 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
-#include "sim/catalog.h"
-#include "sim/line.h"
+#include "sim/room.h"
+#include "sim/scenario.h"
 #include "tools/fault_option.h"
-#include "tools/kinds.h"
+#include "tools/link_directory.h"
 #include "tools/number_option.h"
+#include "tools/scenario_file.h"
+#include "tools/scratch_directory.h"
+#include "tools/sim_report.h"
 #include "tools/text.h"
 
 namespace fieldline::tool {
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr char kExamples[] =
+    "Without a KIND, and with --all, it is a whole machine room.\n\n"
     "Examples:\n"
+    "  fieldline sim --all --links /tmp/room --scenario examples/scenarios/bad-night.json\n"
     "  fieldline sim --list\n"
     "  fieldline sim envir --set temperature=31.5 --set humidity=80\n"
     "  fieldline sim envir elec --one-line --baud 9600 --drift\n"
@@ -29,22 +38,25 @@ constexpr char kExamples[] =
 
 struct Arguments {
   std::vector<std::string> kinds;
+  bool all = false;
   std::optional<int> address;
   std::vector<std::string> values;
   std::vector<std::string> faults;
   std::optional<int> baud;
   std::optional<int> seed;
+  std::string scenario;
+  std::string links;
   bool drift = false;
   bool one_line = false;
   bool trace = false;
   bool list = false;
 };
 
-struct SimulatedDevice {
-  const sim::Kind* kind;
-  int address;
-  std::unique_ptr<sim::Device> made;  // until a line takes it
-  sim::Values* values;
+// A layout made for the kinds that were asked for.
+struct OwnLayout {
+  std::deque<std::string> names;  // which the others view
+  std::vector<sim::RoomLine> lines;
+  std::vector<sim::RoomDevice> devices;
 };
 
 const sim::Kind& RequireSimulated(const std::string& name) {
@@ -54,150 +66,143 @@ const sim::Kind& RequireSimulated(const std::string& name) {
   throw UsageError("no device of the kind \"" + name + "\" can be simulated; there are " + Join(names));
 }
 
-void ListKinds() {
-  for (const sim::Kind& kind : sim::Catalog()) {
-    std::cout << kind.name << ": " << kind.description << ", " << kind.baud << " bit/s\n";
-    const std::unique_ptr<sim::Device> device = kind.make(static_cast<BYTE>(kind.address));
-    for (const sim::Value& value : device->values().List()) {
-      std::cout << "  " << value.name << " = " << sim::ToText(value);
-      if (!value.unit.empty()) std::cout << ' ' << value.unit;
-      if (value.read_only) {
-        std::cout << " (read only)";
-      } else if (value.max_length > 0) {
-        std::cout << " (text of up to " << value.max_length << " bytes)";
-      } else {
-        std::cout << " (" << Fixed(value.minimum, value.decimals) << " to " << Fixed(value.maximum, value.decimals)
-                  << ')';
-      }
-      std::cout << '\n';
-    }
-  }
-}
-
-// Devices that share a line stand at addresses in a row.
-std::vector<SimulatedDevice> MakeDevices(const Arguments& arguments) {
+// A line is called after its first device, and a device after its kind: envir, and a second one envir-2. Devices that
+// share a line stand at addresses in a row.
+OwnLayout LayOut(const Arguments& arguments) {
   constexpr int kMostAddress = 255;
-  std::vector<SimulatedDevice> devices;
+  OwnLayout layout;
   for (const std::string& name : arguments.kinds) {
     const sim::Kind& kind = RequireSimulated(name);
     int address = arguments.address.value_or(kind.address);
     if (arguments.one_line) {
-      if (kind.address == 0)
+      if (kind.address == 0) {
         throw UsageError(name + " has no address and needs a line to itself; leave out --one-line");
-      address = arguments.address.value_or(devices.empty() ? kind.address : devices.front().address) +
-                static_cast<int>(devices.size());
+      }
+      address = arguments.address.value_or(layout.devices.empty() ? kind.address : layout.devices.front().address) +
+                static_cast<int>(layout.devices.size());
     }
     if (address > kMostAddress) throw UsageError("the last device's address would be above 255; begin lower");
-    std::unique_ptr<sim::Device> device = kind.make(static_cast<BYTE>(address));
-    sim::Values* const values = &device->values();
-    devices.push_back({&kind, address, std::move(device), values});
+    if (kind.address == 0) address = 0;
+
+    const auto twins = std::ranges::count(layout.devices, kind.name, &sim::RoomDevice::kind);
+    const std::string& device = layout.names.emplace_back(twins == 0 ? name : name + '-' + std::to_string(twins + 1));
+    if (layout.lines.empty() || !arguments.one_line) {
+      const std::uint32_t baud = arguments.baud ? static_cast<std::uint32_t>(*arguments.baud) : kind.baud;
+      layout.lines.push_back({device, baud});
+    }
+    layout.devices.push_back({device, layout.lines.back().name, kind.name, address});
   }
-  return devices;
+  return layout;
 }
 
-// NAME=VALUE sets the value in every device that has it, KIND.NAME=VALUE in those of the kind alone.
-void SetValue(const std::string& setting, const std::vector<SimulatedDevice>& devices) {
+// NAME=VALUE sets the value in every device that has it, WHICH.NAME=VALUE in those of that kind or name alone.
+void SetValue(const std::string& setting, const sim::RoomLayout& layout, sim::Room& room) {
   const std::size_t equals = setting.find('=');
   if (equals == std::string::npos) {
     throw UsageError("--set \"" + setting + "\": write NAME=VALUE, such as temperature=21.5");
   }
   std::string name = setting.substr(0, equals);
   const std::string text = setting.substr(equals + 1);
-  std::string kind;
+  std::string which;
   if (const std::size_t dot = name.find('.'); dot != std::string::npos) {
-    kind = name.substr(0, dot);
+    which = name.substr(0, dot);
     name.erase(0, dot + 1);
   }
   bool found = false;
   std::vector<std::string> names;
-  for (const SimulatedDevice& device : devices) {
-    if (!kind.empty() && device.kind->name != kind) continue;
-    for (const sim::Value& value : device.values->List()) {
-      names.push_back(value.name);
+  for (const sim::RoomDevice& device : layout.devices) {
+    if (!which.empty() && device.kind != which && device.name != which) continue;
+    for (const sim::Value& value : room.FindValues(device.name)->List()) {
+      if (std::ranges::find(names, value.name) == names.end()) names.push_back(value.name);
       if (value.name != name) continue;
       found = true;
       std::string error;
-      if (!device.values->Set(name, text, &error)) throw UsageError("--set \"" + setting + "\": " + error);
+      if (!room.Set(device.name, name, text, &error)) throw UsageError("--set \"" + setting + "\": " + error);
     }
   }
   if (!found) throw UsageError("--set \"" + setting + "\": there is no such value; there are " + Join(names));
 }
 
-std::string_view TrafficMark(sim::Traffic traffic) {
-  switch (traffic) {
-    case sim::Traffic::kRequest:
-      return " -> ";
-    case sim::Traffic::kUnclaimed:
-      return " -> (nobody's) ";
-    case sim::Traffic::kGarbled:
-      return " -> (wrong speed) ";
-    default:
-      return " <- ";
+void RefuseWithRoom(bool given, const char* option) {
+  if (given) throw UsageError(std::string(option) + " is for kinds that are named; the room has a layout of its own");
+}
+
+// Tells of an event, and brings the links up to date with it.
+void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirectory* links) {
+  if (event.at.count() > 0) {
+    std::cout << Fixed(static_cast<double>(event.at.count()) / 1000, 1) << " s: " << event.note << std::endl;
   }
-}
-
-// Called on the lines' own threads.
-void Trace(const std::string& path, sim::Traffic traffic, std::span<const BYTE> bytes) {
-  static std::mutex mutex;
-  const std::lock_guard lock(mutex);
-  std::cerr << ClockTime(std::chrono::system_clock::now()) << ' ' << path << TrafficMark(traffic) << Hex(bytes) << '\n';
-}
-
-void Announce(const SimulatedDevice& device, const std::string& path, std::uint32_t baud) {
-  std::cout << device.kind->name;
-  if (device.kind->address != 0) std::cout << " at address " << device.address;
-  std::cout << " on " << path << ", " << baud << " bit/s" << std::endl;
-  if (FindKind(device.kind->name) == nullptr) return;
-  std::cout << "  fieldline poll " << device.kind->name;
-  if (device.kind->address != 0) std::cout << " --address " << device.address;
-  std::cout << " --port " << path << ':' << baud << ",n,8,1" << std::endl;
+  for (const auto* lines : {&event.unplugged, &event.replugged}) {
+    for (const std::string& line : *lines) {
+      const std::string path = room.Path(line);
+      if (links != nullptr) links->Point(line, path);
+      std::cout << "  " << line << (path.empty() ? " is unplugged" : " is " + path) << std::endl;
+    }
+  }
 }
 
 ExitCode Run(const Arguments& arguments) {
   if (arguments.list) {
-    ListKinds();
+    ListSimulated();
     return ExitCode::kGood;
   }
-  if (arguments.kinds.empty()) throw UsageError("which devices? write their kinds, or --list to see them");
-  std::vector<SimulatedDevice> devices = MakeDevices(arguments);
-  const int seed = arguments.seed.value_or(static_cast<int>(std::random_device()() >> 1));
-  for (const std::string& setting : arguments.values) SetValue(setting, devices);
+  const bool whole_room = arguments.kinds.empty();
+  if (arguments.all && !whole_room) throw UsageError("--all stands for every kind; leave out the kinds, or --all");
+  if (whole_room) {
+    RefuseWithRoom(arguments.address.has_value(), "--address");
+    RefuseWithRoom(arguments.baud.has_value(), "--baud");
+    RefuseWithRoom(arguments.one_line, "--one-line");
+  }
+  const OwnLayout own = LayOut(arguments);
+  const sim::RoomLayout layout = whole_room ? sim::MachineRoom() : sim::RoomLayout{own.lines, own.devices};
+
+  sim::Scenario scenario;
+  if (!arguments.scenario.empty()) scenario = ReadScenario(arguments.scenario, layout);
+  scenario.drift |= arguments.drift;
+  std::uint32_t seed = scenario.seed.value_or(std::random_device()() >> 1);
+  if (arguments.seed) seed = static_cast<std::uint32_t>(*arguments.seed);
   std::vector<sim::FaultRule> rules;
   for (const std::string& fault : arguments.faults) rules.push_back(ParseFault(fault));
-
-  CatchInterrupts();
-  std::cout << "seed " << seed << '\n';
-  std::vector<std::unique_ptr<sim::Line>> lines;
-  std::vector<std::string> paths;  // as the lines' listeners see them; filled before the lines are used
-  const std::size_t line_count = arguments.one_line ? 1 : devices.size();
-  paths.resize(line_count);
-  for (std::size_t i = 0; i < line_count; ++i) {
-    const auto first = devices.begin() + static_cast<std::ptrdiff_t>(i);
-    const auto last = arguments.one_line ? devices.end() : first + 1;
-    const std::uint32_t baud = arguments.baud ? static_cast<std::uint32_t>(*arguments.baud) : first->kind->baud;
-    sim::Line& line = *lines.emplace_back(std::make_unique<sim::Line>(sim::LineOptions{.baud = baud}));
-    for (auto device = first; device != last; ++device) {
-      device->values->SeedDrift(static_cast<std::uint32_t>(seed));
-      line.Add(std::move(device->made));
-    }
-    line.SetFaults(sim::Faults(static_cast<std::uint32_t>(seed), rules));
-    if (arguments.trace) {
-      line.SetListener(
-          [&path = paths[i]](sim::Traffic traffic, std::span<const BYTE> bytes) { Trace(path, traffic, bytes); });
-    }
-    if (!line.Start()) {
-      std::cerr << "fieldline: " << Alert("the system has no pseudo-terminal left") << '\n';
-      return ExitCode::kNoLine;
-    }
-    paths[i] = line.Path();
-    for (auto device = first; device != last; ++device) Announce(*device, paths[i], baud);
+  std::optional<LinkDirectory> links;
+  if (!arguments.links.empty()) {
+    links.emplace(arguments.links);
+    for (const sim::RoomLine& line : layout.lines) links->RequireFree(line.name);
   }
 
-  constexpr int kStep = 1000;  // ms
+  CatchInterrupts();
+  const ScratchDirectory scratch;
+  sim::Room room(layout, scratch.Path());
+  room.Seed(seed);
+  for (const sim::RoomLine& line : layout.lines) {
+    sim::Line* const serial = room.FindLine(line.name);
+    if (serial == nullptr) continue;
+    room.SetFaults(line.name, rules);
+    if (arguments.trace) TraceLine(line.name, *serial);
+  }
+  for (const sim::RoomDevice& device : layout.devices) {
+    if (sim::Device* const on_line = room.FindDevice(device.name)) ShowWhatArrives(*on_line);
+  }
+  if (!room.Start()) {
+    std::cerr << "fieldline: " << Alert("the system has no pseudo-terminal left") << '\n';
+    return ExitCode::kNoLine;
+  }
+
+  sim::ScenarioPlayer player(scenario, room);
+  player.Advance(milliseconds(0));
+  for (const std::string& setting : arguments.values) SetValue(setting, layout, room);  // over the scenario's
+  if (links) {
+    for (const sim::RoomLine& line : layout.lines) links->Point(line.name, room.Path(line.name));
+  }
+  std::cout << "seed " << seed << '\n';
+  const PathOf path_of = [&](std::string_view line) { return links ? links->Path(line) : room.Path(line); };
+  (whole_room ? PrintRoom : PrintDevices)(layout, path_of);
   std::cerr << "Ctrl-C ends the simulation\n";
+
+  constexpr int kStep = 100;  // ms
+  const auto began = std::chrono::steady_clock::now();
   while (SleepUnlessInterrupted(kStep)) {
-    if (!arguments.drift) continue;
-    for (const SimulatedDevice& device : devices) device.values->Drift(kStep / 1000.0);
+    const auto elapsed = std::chrono::floor<milliseconds>(std::chrono::steady_clock::now() - began);
+    for (const sim::ScenarioEvent& event : player.Advance(elapsed)) Report(event, room, links ? &*links : nullptr);
   }
   return ExitCode::kGood;
 }
@@ -206,12 +211,16 @@ ExitCode Run(const Arguments& arguments) {
 
 Verb AddSim(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App& command = *app.add_subcommand("sim", "Simulate devices, each on a line of its own, until Ctrl-C");
+  CLI::App& command = *app.add_subcommand("sim", "Simulate a machine room, or some devices, until Ctrl-C");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->kinds, "Kinds of devices");
+  command.add_option("KIND", arguments->kinds, "Kinds of devices, each on a line of its own");
+  command.add_flag("--all", arguments->all, "A whole machine room; the default");
+  command.add_option("--links", arguments->links, "Directory for links that are called after the lines, until the end")
+      ->type_name("DIR");
+  command.add_option("--scenario", arguments->scenario, "What happens, see docs/scenarios.md")->type_name("FILE");
   AddNumber(command, "--address", 1, 255, "Bus address; of the first device with --one-line [usual one of the kind]",
             [arguments](int address) { arguments->address = address; });
-  command.add_option("--set", arguments->values, "Value of a device; KIND.NAME=VALUE for one kind alone")
+  command.add_option("--set", arguments->values, "Value of a device; KIND.NAME=VALUE for one kind or device alone")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
   command.add_option("--fault", arguments->faults, kFaultForm)->type_name("FAULT")->allow_extra_args(false);

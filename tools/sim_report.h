@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "sim/room.h"
+
+namespace fieldline::tool {
+
+// What the simulator prints about its devices.
+
+// All kinds and their values.
+void ListSimulated();
+
+// Path of what opens a line.
+using PathOf = std::function<std::string(std::string_view line)>;
+
+// Each device with the command that polls it: as a table, or two lines a device.
+void PrintRoom(const sim::RoomLayout& layout, const PathOf& path_of);
+void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of);
+
+// Shows what passes on a line of that name, on standard error, and on standard output what arrives at an alarm board or
+// a display. Before the line starts.
+void TraceLine(std::string_view name, sim::Line& line);
+void ShowWhatArrives(sim::Device& device);
+
+}  // namespace fieldline::tool
