@@ -16,6 +16,7 @@
 #include "tools/sim.h"
 #include "tools/text.h"
 #include "tools/verb.h"
+#include "tools/watch.h"
 
 namespace fieldline::tool {
 namespace {
@@ -34,8 +35,8 @@ int Main(int argc, char** argv) {
   app.set_version_flag("--version", FIELDLINE_VERSION);
   app.require_subcommand(1);
   app.footer(kExitCodes);
-  const std::vector<Verb> verbs = {AddPoll(app), AddAlarm(app), AddDisplay(app), AddSim(app),
-                                   AddDemo(app), AddKinds(app), AddRecord(app)};
+  const std::vector<Verb> verbs = {AddPoll(app), AddWatch(app), AddAlarm(app), AddDisplay(app),
+                                   AddSim(app),  AddDemo(app),  AddKinds(app), AddRecord(app)};
   for (const Verb& verb : verbs) {
     verb.command->footer(verb.command->get_footer() + "\n\n" + kExitCodes);
   }

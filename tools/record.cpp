@@ -180,6 +180,13 @@ ordered_json RecordToJson(Fields fields, const BYTE* record) {
   return json;
 }
 
+double PhysicalNumber(const Field& field, const BYTE* record) { return Physical(field, Number(field, record, 0)); }
+
+std::string PhysicalNumberText(const Field& field, const BYTE* record) {
+  const long long raw = Number(field, record, 0);
+  return IsPhysical(field) ? PhysicalText(field, raw) : std::to_string(raw);
+}
+
 ordered_json PhysicalToJson(Fields fields, const BYTE* record) {
   ordered_json json = ordered_json::object();
   for (const Field& field : fields) {

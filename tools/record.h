@@ -46,6 +46,10 @@ void PrintRecord(std::ostream& out, Fields fields, const BYTE* record);
 // The record's own numbers and texts under their names.
 nlohmann::ordered_json RecordToJson(Fields fields, const BYTE* record);
 
+// The number of a field that is no run, in its unit; and with its unit behind it.
+double PhysicalNumber(const Field& field, const BYTE* record);
+std::string PhysicalNumberText(const Field& field, const BYTE* record);
+
 // {"value": 220.5, "unit": "V"} for each number that has a scale or a unit; empty when none has.
 nlohmann::ordered_json PhysicalToJson(Fields fields, const BYTE* record);
 

@@ -1,5 +1,6 @@
 #include "tools/report.h"
 
+#include <cmath>
 #include <iostream>
 
 #include "tools/text.h"
@@ -19,6 +20,17 @@ ordered_json FailureToJson(const Failure& failure) {
       {"request", Hex(failure.request)},
       {"reply",   Hex(failure.reply)  }
   };
+}
+
+void AddOutcome(ordered_json& json, const PollResult& result, Fields fields, const BYTE* record) {
+  json["duration_ms"] = std::round(result.duration.count() * 1000) / 1000;
+  if (result.failure) {
+    json["error"] = FailureToJson(*result.failure);
+    return;
+  }
+  json["record"] = RecordToJson(fields, record);
+  const ordered_json physical = PhysicalToJson(fields, record);
+  if (!physical.empty()) json["physical"] = physical;
 }
 
 void ShowFailure(const std::string& subject, const Failure& failure) {

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "tools/diagnosis.h"
+#include "tools/poller.h"
+#include "tools/record.h"
 
 namespace fieldline::tool {
 
@@ -14,6 +16,9 @@ constexpr int kJsonSchema = 1;
 void PrintJson(const nlohmann::ordered_json& json);
 
 nlohmann::ordered_json FailureToJson(const Failure& failure);
+
+// Adds what came of a poll: how long it took, and its error or the record.
+void AddOutcome(nlohmann::ordered_json& json, const PollResult& result, Fields fields, const BYTE* record);
 
 // For people, on standard error.
 void ShowFailure(const std::string& subject, const Failure& failure);

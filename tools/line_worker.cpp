@@ -1,0 +1,107 @@
+#include "tools/line_worker.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+
+#include "fieldline/platform/console.h"
+
+namespace fieldline::tool {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kFirstPause = 250ms;  // before a line that can't be opened is tried again
+constexpr std::chrono::milliseconds kLongestPause = 2s;
+constexpr std::chrono::milliseconds kLookInterval = 1s;  // how often a resting line is looked at
+
+std::vector<std::chrono::milliseconds> Intervals(const SiteLine& line) {
+  std::vector<std::chrono::milliseconds> intervals;
+  for (const SiteDevice& device : line.devices) intervals.push_back(device.interval);
+  return intervals;
+}
+
+}  // namespace
+
+LineWorker::LineWorker(const SiteLine& line, SharedDrivers& drivers, const WatchLimits& limits, Report report)
+    : line_(line),
+      drivers_(drivers),
+      limits_(limits),
+      report_(std::move(report)),
+      schedule_(Intervals(line), Clock::now()),
+      polls_(line.devices.size()) {}
+
+void LineWorker::Run() {
+  OpenLine open_line(port_, recorder_);
+  auto pause = kFirstPause;
+  for (auto turn = schedule_.Next(Clock::now()); turn && !Stopped(); turn = schedule_.Next(Clock::now())) {
+    if (!line_.local && port_.IsOpened() == 0) {
+      if (!OpenPort(open_line)) {
+        Sleep(pause);
+        pause = std::min(2 * pause, kLongestPause);
+        continue;
+      }
+      pause = kFirstPause;
+      schedule_.Restart(Clock::now());
+    } else if (const auto now = Clock::now(); turn->due > now) {
+      Sleep(std::min<Clock::duration>(turn->due - now, kLookInterval));
+      if (LineIsGone()) port_.Close();
+    } else {
+      Poll(turn->device);
+    }
+  }
+}
+
+bool LineWorker::Stopped() const { return Interrupted() || Clock::now() >= limits_.end; }
+
+void LineWorker::Sleep(Clock::duration time) const {
+  const auto allowed = std::min(time, limits_.end - Clock::now());
+  if (allowed > 0ms)
+    SleepUnlessInterrupted(static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(allowed).count()));
+}
+
+bool LineWorker::OpenPort(OpenLine& open_line) {
+  PollResult result{.time = std::chrono::system_clock::now(), .duration = {}, .exchanges = {}, .failure = {}};
+  result.failure = open_line.Open(line_.port);
+  if (!result.failure) return true;
+  port_.Close();  // it may have opened, and refused its settings
+  for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, result, {});
+  return false;
+}
+
+// Nothing is under way while the line rests, so there is nothing to lose.
+bool LineWorker::LineIsGone() { return !line_.local && port_.Purge() == 0; }
+
+void LineWorker::Poll(std::size_t index) {
+  const SiteDevice& device = line_.devices[index];
+  SharedDriver& shared = drivers_.at(device.kind);
+  PollResult result;
+  Bytes record;
+  Clock::time_point ended;
+  {
+    const std::lock_guard lock(shared.mutex);
+    if (Stopped()) return;
+    result = PollOnce(*device.kind, *shared.driver, line_.local ? nullptr : &port_, device.address, recorder_);
+    ended = Clock::now();
+    if (!result.failure) {
+      const BYTE* const bytes = shared.driver->m_pData;
+      record.assign(bytes, bytes + FieldsEnd(device.kind->fields));
+    }
+  }
+  if (result.failure && result.failure->code == "line_gone") {
+    port_.Close();  // an adapter that comes back while it is held open gets another name
+  } else if (result.failure && result.failure->reply.empty()) {
+    schedule_.Silent(index, ended, std::chrono::ceil<Clock::duration>(result.duration));
+  } else {
+    schedule_.Answered(index, ended);
+  }
+  Tell(index, result, record);
+}
+
+void LineWorker::Tell(std::size_t index, const PollResult& result, std::span<const BYTE> record) {
+  if (polls_[index] == limits_.polls && limits_.polls != 0) return;
+  report_(line_.devices[index], result, record);
+  if (++polls_[index] == limits_.polls) schedule_.Leave(index);
+}
+
+}  // namespace fieldline::tool

@@ -1,0 +1,187 @@
+#include "tools/watch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fieldline/platform/console.h"
+#include "tools/duration_option.h"
+#include "tools/line_worker.h"
+#include "tools/number_option.h"
+#include "tools/report.h"
+#include "tools/site.h"
+#include "tools/statistics.h"
+#include "tools/text.h"
+#include "tools/watch_table.h"
+
+namespace fieldline::tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr char kExamples[] =
+    "On a terminal the devices are a table; elsewhere, and with --json, every poll is a JSON object on a line.\n\n"
+    "Examples:\n"
+    "  fieldline watch examples/site.json\n"
+    "  fieldline watch site.json --json --duration 3600s >night.jsonl\n"
+    "  fieldline watch site.json --count 1 --quiet | jq 'select(.ok | not)'";
+
+struct Arguments {
+  std::string file;
+  int count = 0;
+  std::optional<std::chrono::milliseconds> duration;
+  bool json = false;
+  bool quiet = false;
+};
+
+// All that is known of a site's devices. Told by the threads of its lines.
+class Watched {
+ public:
+  // `site` must outlive this.
+  Watched(const Site& site, bool json) : json_(json) {
+    for (const SiteLine& line : site.lines) {
+      for (const SiteDevice& device : line.devices) devices_.push_back({line, device, DeviceView(line, device), {}});
+    }
+  }
+
+  void Add(const SiteDevice& polled, const PollResult& result, std::span<const BYTE> record) {
+    const std::lock_guard lock(mutex_);
+    Device& device = *std::ranges::find(devices_, &polled, [](const Device& d) { return &d.device; });
+    device.statistics.Add(result);
+    all_.Add(result);
+    device.view.Add(result, record, DeviceView::Clock::now());
+    if (json_) PrintPoll(device, result, record);
+  }
+
+  // In place of what stands on the screen.
+  void Draw() {
+    std::ostringstream table;
+    {
+      const std::lock_guard lock(mutex_);
+      std::vector<TableRow> rows = {DeviceView::Headings()};
+      for (const Device& device : devices_) rows.push_back(device.view.Row(DeviceView::Clock::now()));
+      PrintTable(table, rows);
+    }
+    constexpr char kHome[] = "\033[H";
+    constexpr char kClearLine[] = "\033[K";
+    constexpr char kClearBelow[] = "\033[J";
+    const int columns = TerminalColumns(Stream::kOutput);
+    std::string screen = kHome;
+    std::istringstream lines(table.str());
+    for (std::string line; std::getline(lines, line);) screen += Clipped(line, columns) + kClearLine + '\n';
+    std::cout << screen << kClearBelow << std::flush;
+  }
+
+  void PrintStatistics(std::ostream& out) const {
+    for (const Device& device : devices_) {
+      out << device.device.name << ": ";
+      device.statistics.Print(out);
+    }
+  }
+
+  ExitCode Result() const { return all_.Result(); }
+
+ private:
+  struct Device {
+    const SiteLine& line;
+    const SiteDevice& device;
+    DeviceView view;
+    Statistics statistics;
+  };
+
+  static void PrintPoll(const Device& device, const PollResult& result, std::span<const BYTE> record) {
+    ordered_json json = {
+        {"schema",  kJsonSchema             },
+        {"time",    IsoTime(result.time)    },
+        {"line",    device.line.name        },
+        {"device",  device.device.name      },
+        {"kind",    device.device.kind->name},
+        {"address", device.device.address   },
+        {"ok",      !result.failure         }
+    };
+    AddOutcome(json, result, device.device.fields, record.data());
+    PrintJson(json);
+  }
+
+  const bool json_;
+  std::mutex mutex_;
+  std::deque<Device> devices_;
+  Statistics all_;
+};
+
+SharedDrivers MakeDrivers(const Site& site) {
+  SharedDrivers drivers;
+  for (const SiteLine& line : site.lines) {
+    for (const SiteDevice& device : line.devices) {
+      CSensorBase* const driver = DriverOf(*device.kind);
+      if (driver == nullptr) throw std::bad_alloc();
+      drivers.try_emplace(device.kind, driver);
+    }
+  }
+  return drivers;
+}
+
+ExitCode Run(const Arguments& arguments) {
+  const Site site = ReadSite(arguments.file);
+  SharedDrivers drivers = MakeDrivers(site);
+  const bool table = !arguments.json && IsTerminal(Stream::kOutput);
+  Watched watched(site, !table);
+  WatchLimits limits{.polls = arguments.count};
+  if (arguments.duration) limits.end = Schedule::Clock::now() + *arguments.duration;
+
+  CatchInterrupts();
+  std::deque<LineWorker> workers;
+  for (const SiteLine& line : site.lines) {
+    workers.emplace_back(line, drivers, limits,
+                         [&watched](const SiteDevice& device, const PollResult& result, std::span<const BYTE> record) {
+                           watched.Add(device, result, record);
+                         });
+  }
+  std::atomic<std::size_t> running = workers.size();
+  std::vector<std::jthread> threads;
+  for (LineWorker& worker : workers) {
+    threads.emplace_back([&] {
+      worker.Run();
+      --running;
+    });
+  }
+  if (table) {
+    constexpr int kRedraw = 500;  // ms
+    std::cout << "\033[2J";
+    do {
+      watched.Draw();
+    } while (running > 0 && SleepUnlessInterrupted(kRedraw));
+  }
+  threads.clear();
+  if (table) watched.Draw();
+  if (!arguments.quiet) watched.PrintStatistics(std::cerr);
+  return watched.Result();
+}
+
+}  // namespace
+
+Verb AddWatch(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& command = *app.add_subcommand("watch", "Poll all devices of a site until Ctrl-C");
+  command.footer(kExamples);
+  command.add_option("FILE", arguments->file, "Site file, see docs/commissioning.md")->required();
+  AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make of each device; 0: until Ctrl-C [0]",
+            [arguments](int count) { arguments->count = count; });
+  AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",
+              [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; });
+  command.add_flag("--json", arguments->json, "One JSON object a line");
+  command.add_flag("--quiet", arguments->quiet, "No statistics at the end");
+  return {&command, [arguments] { return Run(*arguments); }};
+}
+
+}  // namespace fieldline::tool

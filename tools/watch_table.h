@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tools/poller.h"
+#include "tools/site.h"
+#include "tools/table.h"
+
+namespace fieldline::tool {
+
+// A device as the table of `watch` shows it.
+class DeviceView {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  DeviceView(const SiteLine& line, const SiteDevice& device) : line_(&line), device_(&device) {}
+
+  void Add(const PollResult& result, std::span<const BYTE> record, Clock::time_point now);
+
+  TableRow Row(Clock::time_point now) const;
+  static TableRow Headings() { return {"line", "device", "kind", "value", "age", "state", "last readings"}; }
+
+ private:
+  const SiteLine* line_;
+  const SiteDevice* device_;
+  std::string value_;                           // of the last poll that was good
+  std::optional<Clock::time_point> read_at_;    // when that was
+  std::string failure_;                         // code of the last poll's; empty when it was good
+  int failures_ = 0;                            // in a row
+  std::deque<std::optional<double>> readings_;  // newest last; nothing for a failed poll
+};
+
+// One character a reading, higher for more: between the least and the most of them, a dot for nothing.
+std::string Sparkline(const std::deque<std::optional<double>>& readings);
+
+// The first `columns` characters of a UTF-8 text.
+std::string Clipped(const std::string& text, int columns);
+
+}  // namespace fieldline::tool
