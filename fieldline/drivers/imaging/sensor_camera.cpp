@@ -21,7 +21,7 @@ struct Frame {
   std::size_t length;
   BYTE bytes[16];
 
-  operator std::span<const BYTE>() const { return {bytes, length}; }
+  operator std::span<const BYTE>() const { return {bytes, length}; }  // NOLINT(google-explicit-constructor)
 };
 
 struct Step {
