@@ -20,6 +20,7 @@
 #include "tools/poller.h"
 #include "tools/report.h"
 #include "tools/text.h"
+#include "tools/trace_option.h"
 
 namespace fieldline::tool {
 namespace {
@@ -40,7 +41,7 @@ constexpr std::size_t kLongestPayload = 506;  // bytes of a frame, final zeros i
 struct Arguments {
   LineArguments line;
   bool json = false;
-  bool trace = false;
+  std::string trace;
   // Each operation has some of these.
   std::string number;
   std::string text;
@@ -290,11 +291,11 @@ void AddArgument(CLI::App& command, std::string_view name, const std::shared_ptr
       arguments->state = state;
     })->required();
   } else if (name == "NUMBER") {
-    command.add_option("NUMBER", arguments->number, "Telephone number")->required();
+    command.add_option("NUMBER", arguments->number, "Telephone number")->type_name("")->required();
   } else if (name == "TEXT") {
-    command.add_option("TEXT", arguments->text, "Text, sent as it is written")->required();
+    command.add_option("TEXT", arguments->text, "Text, sent as it is written")->type_name("")->required();
   } else if (name == "FILE") {
-    command.add_option("FILE", arguments->file, "File to send")->required();
+    command.add_option("FILE", arguments->file, "File to send")->type_name("")->required();
   }
 }
 
@@ -307,7 +308,7 @@ Verb AddAlarm(CLI::App& app) {
   command.require_subcommand(1);
   AddLineOptions(command, arguments->line);
   command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--trace", arguments->trace, "Show every block of bytes on standard error; times are UTC");
+  AddTraceOption(command, arguments->trace);
   for (const Operation& operation : kOperations) {
     CLI::App& subcommand =
         *command.add_subcommand(std::string(operation.name), std::string(operation.description))->fallthrough();

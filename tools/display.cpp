@@ -16,6 +16,7 @@
 #include "tools/poller.h"
 #include "tools/report.h"
 #include "tools/text.h"
+#include "tools/trace_option.h"
 
 namespace fieldline::tool {
 namespace {
@@ -35,7 +36,7 @@ constexpr int kUsualBaud = 115200;
 struct Arguments {
   LineArguments line;
   bool json = false;
-  bool trace = false;
+  std::string trace;
   int address = 0;
   int value = 0;
   int page = 0;
@@ -129,7 +130,7 @@ Verb AddDisplay(CLI::App& app) {
   command.require_subcommand(1);
   AddLineOptions(command, arguments->line);
   command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--trace", arguments->trace, "Show every block of bytes on standard error; times are UTC");
+  AddTraceOption(command, arguments->trace);
 
   CLI::App& set = *command.add_subcommand("set", "Write a variable")->fallthrough();
   AddNumber(set, "ADDRESS", 0, 0xFFFF, "Address of the variable", [arguments](int address) {

@@ -13,10 +13,13 @@
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
+#include "tools/picture_progress.h"
 #include "tools/poller.h"
 #include "tools/report.h"
+#include "tools/snapshot.h"
 #include "tools/statistics.h"
 #include "tools/text.h"
+#include "tools/trace_option.h"
 
 namespace fieldline::tool {
 namespace {
@@ -28,6 +31,7 @@ constexpr char kExamples[] =
     "  fieldline poll envir --port /dev/ttyUSB0\n"
     "  fieldline poll elec --port COM1:9600,e,8,1 --address 5 --map COM1=/dev/ttyUSB0\n"
     "  fieldline poll ups --port /dev/ttyUSB0 --count 0 --interval 5s --json >ups.jsonl\n"
+    "  fieldline poll camera --port /dev/ttyUSB0 --flash-root . --until-good 3\n"
     "  fieldline poll di --map EIO1=/dev/eio1";
 
 struct Arguments {
@@ -35,9 +39,11 @@ struct Arguments {
   LineArguments line;
   std::optional<int> address;
   int count = 1;
+  int until_good = 0;
   std::chrono::milliseconds interval{1000};
   bool json = false;
-  bool trace = false;
+  std::string flash_root;
+  std::string trace;
 };
 
 std::chrono::milliseconds ParseInterval(const std::string& text) {
@@ -71,7 +77,8 @@ std::string Subject(const Target& target) {
   return text;
 }
 
-void ShowPoll(const Target& target, const PollResult& result, const BYTE* record, bool json) {
+void ShowPoll(const Target& target, const PollResult& result, const BYTE* record,
+              const std::optional<Snapshot>& snapshot, bool json) {
   if (json) {
     ordered_json line = Head(target, result.time, !result.failure);
     line["duration_ms"] = std::round(result.duration.count() * 1000) / 1000;
@@ -82,6 +89,11 @@ void ShowPoll(const Target& target, const PollResult& result, const BYTE* record
       const ordered_json physical = PhysicalToJson(target.kind.fields, record);
       if (!physical.empty()) line["physical"] = physical;
     }
+    if (snapshot)
+      line["picture"] = {
+          {"path", snapshot->path},
+          {"size", snapshot->size}
+      };
     PrintJson(line);
   } else if (result.failure) {
     ShowFailure(Subject(target), *result.failure);
@@ -90,27 +102,41 @@ void ShowPoll(const Target& target, const PollResult& result, const BYTE* record
     if (!target.port.empty()) std::cout << " on " << target.port;
     std::cout << ", " << Fixed(result.duration.count(), 1) << " ms\n";
     PrintRecord(std::cout, target.kind.fields, record);
+    if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
     std::cout << std::flush;
   }
 }
 
 ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBase& driver, ISerBase* port,
                     Recorder& recorder) {
+  const bool camera = IsCamera(target.kind);
+  const bool shows_progress = camera && arguments.trace != "-" && IsTerminal(Stream::kError);
+  PictureProgress progress(std::cerr);
+  if (shows_progress) port->InsertObserver(&progress);
+
+  const int most = arguments.until_good != 0 ? arguments.until_good : arguments.count;
   Statistics statistics;
+  std::optional<Failure> last_failure;
   auto next = std::chrono::steady_clock::now();
   for (int done = 0; !Interrupted();) {
-    const PollResult result = PollOnce(target.kind, driver, port, target.address, recorder);
+    PollResult result = PollOnce(target.kind, driver, port, target.address, recorder);
+    std::optional<Snapshot> snapshot;
+    if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver.m_pData, &result);
+    progress.Clear();
     statistics.Add(result);
-    ShowPoll(target, result, driver.m_pData, arguments.json);
+    ShowPoll(target, result, driver.m_pData, snapshot, arguments.json);
+    last_failure = result.failure;
     if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
-    if (arguments.count != 0 && ++done == arguments.count) break;
+    if (arguments.until_good != 0 && !result.failure) break;
+    if (most != 0 && ++done == most) break;
     const auto now = std::chrono::steady_clock::now();
     next = std::max(next + arguments.interval, now);
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
     if (wait.count() > 0) SleepUnlessInterrupted(static_cast<int>(wait.count()));
   }
-  if (arguments.count != 1) statistics.Print(std::cerr);
-  return statistics.Result();
+  if (shows_progress) port->RemoveObserver(&progress);
+  if (most != 1) statistics.Print(std::cerr);
+  return arguments.until_good != 0 && !last_failure ? ExitCode::kGood : statistics.Result();
 }
 
 ExitCode Run(const Arguments& arguments) {
@@ -118,6 +144,10 @@ ExitCode Run(const Arguments& arguments) {
   Target target{kind, arguments.address.value_or(kind.address), {}};
   CSensorBase* const driver = DriverOf(kind);
   if (driver == nullptr) throw std::bad_alloc();
+  if (!arguments.flash_root.empty()) {
+    if (!IsCamera(kind)) throw UsageError("--flash-root is for cameras; leave it out");
+    UseFlashRoot(arguments.flash_root);
+  }
   Recorder recorder(arguments.trace);
 
   if (kind.protocol == Protocol::kLocal) {
@@ -156,15 +186,19 @@ Verb AddPoll(CLI::App& app) {
   AddLineOptions(command, arguments->line);
   AddNumber(command, "--address", 0, 255, "Bus address [usual one of the kind]",
             [arguments](int address) { arguments->address = address; });
-  AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make; 0: until Ctrl-C [1]",
-            [arguments](int count) { arguments->count = count; });
+  CLI::Option* const count = AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make; 0: until Ctrl-C [1]",
+                                       [arguments](int polls) { arguments->count = polls; });
+  AddNumber(command, "--until-good", 1, 1'000'000'000, "Polls to make at most, until one is good",
+            [arguments](int polls) { arguments->until_good = polls; })
+      ->excludes(count);
   command
       .add_option_function<std::string>(
           "--interval", [arguments](const std::string& text) { arguments->interval = ParseInterval(text); },
           "From the start of a poll to the next, in ms, or as 250ms or 5s [1s]")
       ->type_name("TIME");
+  AddFlashRoot(command, arguments->flash_root);
   command.add_flag("--json", arguments->json, "One JSON object a line");
-  command.add_flag("--trace", arguments->trace, "Show every block of bytes on standard error; times are UTC");
+  AddTraceOption(command, arguments->trace);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

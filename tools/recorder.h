@@ -1,7 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <fstream>
+#include <ostream>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "fieldline/serial/i_ser_observer.h"
@@ -23,10 +26,12 @@ struct Exchange {
   std::chrono::steady_clock::time_point sent_at{};
 };
 
-// Keeps what passes during a poll, and shows it on standard error if asked.
+// Keeps what passes during a poll, and shows it if asked.
 class Recorder : public ISerObserver {
  public:
-  explicit Recorder(bool trace = false) : trace_(trace) {}
+  // `trace`: where to show it as it passes, with what it means: "-" for standard error, a path for a file, which is
+  // made anew, or nowhere. Throws UsageError when the file can't be written.
+  explicit Recorder(const std::string& trace = {});
 
   void OnSerRead(const BYTE* data, int count) override { Add(false, data, count); }
   void OnSerWrite(const BYTE* data, int count) override { Add(true, data, count); }
@@ -37,8 +42,10 @@ class Recorder : public ISerObserver {
 
  private:
   void Add(bool sent, const BYTE* data, int count);
+  void Show(const Block& block);
 
-  const bool trace_;
+  std::ofstream trace_file_;
+  std::ostream* trace_ = nullptr;
   std::vector<Block> blocks_;
 };
 

@@ -5,6 +5,7 @@
 #include "fieldline/alarm/alarm_link.h"
 #include "fieldline/drivers/ascii/hex_frame.h"
 #include "fieldline/sensor/modbus.h"
+#include "tools/protocol_names.h"
 
 namespace fieldline::tool {
 namespace {
@@ -21,29 +22,6 @@ ReplyFault WrongLength(std::size_t came) {
 
 ReplyFault WrongChecksum(const std::string& came, const std::string& belongs) {
   return {"checksum", "the checksum is wrong: " + came + " came where " + belongs + " belongs"};
-}
-
-template <std::size_t kSize>
-std::string_view NameOf(const std::string_view (&names)[kSize], std::size_t code) {
-  return code < kSize && !names[code].empty() ? names[code] : "unknown";
-}
-
-std::string_view ModbusExceptionName(BYTE exception) {
-  constexpr std::string_view kNames[] = {
-      "",
-      "illegal function",
-      "illegal data address",
-      "illegal data value",
-      "device failure",
-      "acknowledge",
-      "device busy",
-      "negative acknowledge",
-      "memory parity error",
-      "",
-      "gateway path unavailable",
-      "gateway target did not respond",
-  };
-  return NameOf(kNames, exception);
 }
 
 // CRC of the first `covered` bytes, as it goes on the wire behind them.
@@ -85,19 +63,6 @@ ReplyFault FindModbusFault(const Bytes& request, const Bytes& reply) {
   return WrongChecksum(Hex(std::span(reply).subspan(covered)), Hex(ModbusCrc(reply, covered)));
 }
 
-std::string_view ReturnCodeName(BYTE code) {
-  constexpr std::string_view kNames[] = {
-      "",
-      "wrong protocol version",
-      "wrong frame checksum",
-      "wrong length checksum",
-      "unknown command",
-      "wrong command format",
-      "invalid data",
-  };
-  return NameOf(kNames, code);
-}
-
 ReplyFault FindHexAsciiFault(const Bytes& request, const Bytes& reply) {
   constexpr std::size_t kShortest = FrameLength(0);
   const std::size_t size = reply.size();
@@ -109,7 +74,7 @@ ReplyFault FindHexAsciiFault(const Bytes& request, const Bytes& reply) {
   const BYTE return_code = GetHexByte(reply.data() + kRtnPosition);
   if (return_code != 0) {
     return {"device_refused", "the device refuses the command with return code " + Hex({&return_code, 1}) + " (" +
-                                  std::string(ReturnCodeName(return_code)) + ")"};
+                                  std::string(HexAsciiReturnName(return_code)) + ")"};
   }
   const int lenid = GetHexWord(reply.data() + kLengthPosition) & 0xFFF;
   const auto announced = static_cast<std::size_t>(FrameLength(lenid));
