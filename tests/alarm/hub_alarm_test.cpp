@@ -148,14 +148,15 @@ TEST_F(HubAlarmTest, RefusesEveryDamageToAReply) {
   }
 }
 
-TEST_F(HubAlarmTest, JudgesTheHeadOfAReplyAsEachCommandWants) {
+TEST_F(HubAlarmTest, JudgesAReplyAsEachCommandWants) {
+  // clang-format off
   const struct {
     const char* operation;
     const char* head;
     const char* body;  // empty: not read
     bool good;
   } cases[] = {
-  // The start mark counts for two commands only.
+      // The start mark counts for two commands only.
       {"device id",      "00 00 04", "01 11 22 33 44 45 55",                                              true },
       {"status",         "55 00 04", "02 01 02 03 04 06 55",                                              true },
       {"snapshot",       "AB 00 00", "",                                                                  false},
@@ -165,20 +166,25 @@ TEST_F(HubAlarmTest, JudgesTheHeadOfAReplyAsEachCommandWants) {
       {"signal quality", "AA 00 00", "",                                                                  false},
       {"signal quality", "AA 00 02", "",                                                                  false},
       {"signal quality", "AA 01 01", "",                                                                  false},
- // More payload than is taken.
+      // A whole reply to another command.
+      {"reset GSM",      "AA 00 00", "20 20 55",                                                         false},
+      {"status",         "AA 00 04", "01 01 02 03 04 05 55",                                             false},
+      {"snapshot",       "AA 00 00", "06 06 55",                                                         false},
+      {"signal quality", "AA 00 01", "11 1F 0E 55",                                                      false},
+      // More payload than is taken.
       {"device id",      "AA 00 05", "01 11 22 33 44 55 10 55",                                           true },
       {"reset GSM",      "AA 00 02", "10 AB CD 76 55",                                                    true },
       {"SMS",            "AA 00 02", "11 07 01 17 55",                                                    true },
       {"status",         "AA 00 06", "02 01 02 03 04 05 06",                                              false},
       {"status",         "AA 00 06", "02 01 02 03 04 06 55",                                              true },
       {"status",         "AA FF FF", "02 01 02 03 04 06 55",                                              true },
- // As much as the buffer holds, and more.
+      // As much as the buffer holds, and more.
       {"reset PSTN",     "AA 00 1D",
        "20 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 21 55", true },
       {"reset PSTN",     "AA 00 1E", "",                                                                  false},
       {"device id",      "AA 01 04", "",                                                                  false},
       {"requests",       "AA FF FF", "",                                                                  false},
- // Less payload than is taken.
+      // Less payload than is taken.
       {"device id",      "AA 00 03", "01 11 22 33 01 55",                                                 false},
       {"status",         "AA 00 03", "02 01 02 03 02 55",                                                 false},
       {"status",         "AA 00 00", "02 02 55",                                                          false},
@@ -186,6 +192,7 @@ TEST_F(HubAlarmTest, JudgesTheHeadOfAReplyAsEachCommandWants) {
       {"SMS",            "AA 00 00", "11 11 55",                                                          false},
       {"inputs",         "AA 00 03", "33 78 56 34 29 55",                                                 false},
   };
+  // clang-format on
   for (const auto& [name, head, body_text, good] : cases) {
     SCOPED_TRACE(std::string(name) + ", " + head);
     const Operation& operation = Find(name);
