@@ -167,10 +167,10 @@ TEST_F(HubAlarmTest, JudgesAReplyAsEachCommandWants) {
       {"signal quality", "AA 00 02", "",                                                                  false},
       {"signal quality", "AA 01 01", "",                                                                  false},
       // A whole reply to another command.
-      {"reset GSM",      "AA 00 00", "20 20 55",                                                         false},
-      {"status",         "AA 00 04", "01 01 02 03 04 05 55",                                             false},
-      {"snapshot",       "AA 00 00", "06 06 55",                                                         false},
-      {"signal quality", "AA 00 01", "11 1F 0E 55",                                                      false},
+      {"reset GSM",      "AA 00 00", "20 20 55",                                                          false},
+      {"status",         "AA 00 04", "01 01 02 03 04 05 55",                                              false},
+      {"snapshot",       "AA 00 00", "06 06 55",                                                          false},
+      {"signal quality", "AA 00 01", "11 1F 0E 55",                                                       false},
       // More payload than is taken.
       {"device id",      "AA 00 05", "01 11 22 33 44 55 10 55",                                           true },
       {"reset GSM",      "AA 00 02", "10 AB CD 76 55",                                                    true },
