@@ -66,7 +66,7 @@ TEST(Dissect, NamesRepliesInTheProtocolOfTheirRequest) {
       {modbus,                         {},                                   ""                                                                },
       {Hex("05 01 02 F8 FF"),          Hex("05 01 02 00 00"),                "unit: 2 bytes of values"                                         },
       {Hex("46 0D"),                   Ascii("#230.0 004 12.00 50.0\r"),     "\"#230.0 004 12.00 50.0\""                                       },
-      {Ascii("~20014641E00201FD36\r"), Ascii("~200146040000FDB2\r"),
+      {Ascii("~20014641E00201FD36\r"), Ascii("~200146040000FDAF\r"),
        "device 1: VER 20, CID1 46, RTN 04 (unknown command), LENID 0, CHKSUM good"                                                             },
       {Ascii("~20014641E00201FD36\r"), Ascii("~20014600E003FDB3\r"),
        "device 1: VER 20, CID1 46, RTN 00 (carried out), LENID 3 with a BAD check nibble, CHKSUM BAD"                                          },
