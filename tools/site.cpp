@@ -90,6 +90,9 @@ class Reader {
       node.Get("kind").Refuse(line.local ? "only di is at " + line.name
                                          : std::string(kind.name) + " is on no line, but at " + std::string(kInputs));
     }
+    if (kind.id == SERDAT_CAMERA || kind.id == SERDAT_CAMERA_3GE) {
+      node.Get("kind").Refuse("a camera's poll takes a picture, and has no values to watch");
+    }
     SiteDevice device{name, &kind, kind.address, kUsualInterval, TakenApart(kind.fields), 0};
     if (const auto address = node.Find("address")) {
       if (kind.address == 0) address->Refuse(std::string(kind.name) + " has no address; leave it out");
