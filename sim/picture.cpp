@@ -78,7 +78,7 @@ Bytes Compress(Pixels& pixels) {
     jpeg_write_scanlines(&jpeg, &row, 1);
   }
   jpeg_finish_compress(&jpeg);
-  const Bytes bytes(buffer, buffer + length);
+  Bytes bytes(buffer, buffer + length);
   std::free(buffer);
   jpeg_destroy_compress(&jpeg);
   return bytes;
