@@ -11,9 +11,12 @@
 #include "tools/display.h"
 #include "tools/exit_code.h"
 #include "tools/poll.h"
+#include "tools/raw.h"
+#include "tools/scan.h"
 #include "tools/show_kinds.h"
 #include "tools/show_record.h"
 #include "tools/sim.h"
+#include "tools/test_port.h"
 #include "tools/text.h"
 #include "tools/verb.h"
 #include "tools/watch.h"
@@ -35,8 +38,9 @@ int Main(int argc, char** argv) {
   app.set_version_flag("--version", FIELDLINE_VERSION);
   app.require_subcommand(1);
   app.footer(kExitCodes);
-  const std::vector<Verb> verbs = {AddPoll(app), AddWatch(app), AddAlarm(app), AddDisplay(app),
-                                   AddSim(app),  AddDemo(app),  AddKinds(app), AddRecord(app)};
+  const std::vector<Verb> verbs = {AddPoll(app),  AddWatch(app),   AddRaw(app),      AddScan(app),
+                                   AddAlarm(app), AddDisplay(app), AddTestPort(app), AddSim(app),
+                                   AddDemo(app),  AddKinds(app),   AddRecord(app)};
   for (const Verb& verb : verbs) {
     verb.command->footer(verb.command->get_footer() + "\n\n" + kExitCodes);
   }
