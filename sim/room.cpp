@@ -50,6 +50,10 @@ constexpr RoomDevice kDevices[] = {
 
 RoomLayout MachineRoom() { return {kLines, kDevices}; }
 
+const RoomLine& LineOf(const RoomLayout& layout, const RoomDevice& device) {
+  return *std::ranges::find(layout.lines, device.line, &RoomLine::name);
+}
+
 Room::Room(const RoomLayout& layout, const std::filesystem::path& scratch) {
   for (const RoomLine& line : layout.lines) {
     if (line.baud == 0) continue;

@@ -37,6 +37,9 @@ struct RoomLayout {
 // A machine room with devices of every kind.
 RoomLayout MachineRoom();
 
+// The line of a device of the layout.
+const RoomLine& LineOf(const RoomLayout& layout, const RoomDevice& device);
+
 // The devices of a layout on their lines. One thread uses a room.
 class Room {
  public:

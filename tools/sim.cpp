@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <deque>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <random>
@@ -12,6 +14,7 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
+#include "sim/picture_device.h"
 #include "sim/room.h"
 #include "sim/scenario.h"
 #include "tools/fault_option.h"
@@ -46,6 +49,7 @@ struct Arguments {
   std::optional<int> seed;
   std::string scenario;
   std::string links;
+  std::string image;
   bool drift = false;
   bool one_line = false;
   bool trace = false;
@@ -123,6 +127,21 @@ void SetValue(const std::string& setting, const sim::RoomLayout& layout, sim::Ro
   if (!found) throw UsageError("--set \"" + setting + "\": there is no such value; there are " + Join(names));
 }
 
+// Every camera of the room shows the picture in this file.
+void ShowPicture(const std::string& path, const sim::RoomLayout& layout, sim::Room& room) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw UsageError("--image " + path + ": the file can't be read");
+  const sim::Bytes picture{std::istreambuf_iterator<char>(file), {}};
+  bool found = false;
+  for (const sim::RoomDevice& device : layout.devices) {
+    auto* const camera = dynamic_cast<sim::PictureDevice*>(room.FindDevice(device.name));
+    if (camera == nullptr) continue;
+    found = true;
+    if (!camera->Show(picture)) throw UsageError("--image " + path + ": a JPEG file of at most 65535 bytes is needed");
+  }
+  if (!found) throw UsageError("--image is for camera and camera-3ge");
+}
+
 void RefuseWithRoom(bool given, const char* option) {
   if (given) throw UsageError(std::string(option) + " is for kinds that are named; the room has a layout of its own");
 }
@@ -130,7 +149,7 @@ void RefuseWithRoom(bool given, const char* option) {
 // Tells of an event, and brings the links up to date with it.
 void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirectory* links) {
   if (event.at.count() > 0) {
-    std::cout << Fixed(static_cast<double>(event.at.count()) / 1000, 1) << " s: " << event.note << std::endl;
+    std::cout << Fixed(static_cast<double>(event.at.count()) / 1000, 1) << " s  " << event.note << std::endl;
   }
   for (const auto* lines : {&event.unplugged, &event.replugged}) {
     for (const std::string& line : *lines) {
@@ -182,6 +201,7 @@ ExitCode Run(const Arguments& arguments) {
   for (const sim::RoomDevice& device : layout.devices) {
     if (sim::Device* const on_line = room.FindDevice(device.name)) ShowWhatArrives(*on_line);
   }
+  if (!arguments.image.empty()) ShowPicture(arguments.image, layout, room);
   if (!room.Start()) {
     std::cerr << "fieldline: " << Alert("the system has no pseudo-terminal left") << '\n';
     return ExitCode::kNoLine;
@@ -223,6 +243,7 @@ Verb AddSim(CLI::App& app) {
   command.add_option("--set", arguments->values, "Value of a device; KIND.NAME=VALUE for one kind or device alone")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
+  command.add_option("--image", arguments->image, "JPEG file that cameras show in place of a clock")->type_name("FILE");
   command.add_option("--fault", arguments->faults, kFaultForm)->type_name("FAULT")->allow_extra_args(false);
   AddNumber(command, "--baud", 50, 4'000'000, "Speed of the devices, bit/s [usual one of the kind]",
             [arguments](int baud) { arguments->baud = baud; });

@@ -1,6 +1,6 @@
 #include "tools/sim_report.h"
 
-#include <algorithm>
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -15,10 +15,6 @@
 
 namespace fieldline::tool {
 namespace {
-
-const sim::RoomLine& LineOf(const sim::RoomLayout& layout, const sim::RoomDevice& device) {
-  return *std::ranges::find(layout.lines, device.line, &sim::RoomLine::name);
-}
 
 // Empty for a device that no verb talks to.
 std::string Suggestion(const sim::RoomDevice& device, const sim::RoomLine& line, const std::string& path) {
@@ -72,7 +68,7 @@ void PrintRoom(const sim::RoomLayout& layout, const PathOf& path_of) {
       {"line", "path", "bit/s", "device", "kind", "address", "try"}
   };
   for (const sim::RoomDevice& device : layout.devices) {
-    const sim::RoomLine& line = LineOf(layout, device);
+    const sim::RoomLine& line = sim::LineOf(layout, device);
     const std::string path = path_of(line.name);
     rows.push_back({std::string(line.name), path, line.baud != 0 ? std::to_string(line.baud) : "",
                     std::string(device.name), std::string(device.kind),
@@ -84,7 +80,7 @@ void PrintRoom(const sim::RoomLayout& layout, const PathOf& path_of) {
 
 void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of) {
   for (const sim::RoomDevice& device : layout.devices) {
-    const sim::RoomLine& line = LineOf(layout, device);
+    const sim::RoomLine& line = sim::LineOf(layout, device);
     const std::string path = path_of(line.name);
     std::cout << device.kind;
     if (device.address != 0) std::cout << " at address " << device.address;
