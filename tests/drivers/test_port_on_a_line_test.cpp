@@ -54,7 +54,7 @@ TEST(TestPortOnALine, PollsEveryKind) {
   EXPECT_EQ(port->m_datBattery.cells[0], 2000);
   EXPECT_EQ(port->m_datLeak.leak, 1);
   EXPECT_EQ(port->m_datAirc.first.register_0, 4660);
-  EXPECT_EQ(port->m_datCamera.length, 1000);
+  EXPECT_EQ(WORD{port->m_datCamera.length}, 1000);
   EXPECT_EQ(flash.Read("20240517134500.JPEG").size(), 1000u);
 
   port->Close();
