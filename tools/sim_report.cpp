@@ -9,6 +9,7 @@
 
 #include "sim/alarm_board.h"
 #include "sim/display.h"
+#include "tools/dissect.h"
 #include "tools/kinds.h"
 #include "tools/table.h"
 #include "tools/text.h"
@@ -92,12 +93,19 @@ void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of) {
 }
 
 void TraceLine(std::string_view name, sim::Line& line) {
-  line.SetListener([name = std::string(name)](sim::Traffic traffic, std::span<const BYTE> bytes) {
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
-    std::cerr << ClockTime(std::chrono::system_clock::now()) << ' ' << name << TrafficMark(traffic) << Hex(bytes)
-              << '\n';
-  });
+  line.SetListener(
+      [name = std::string(name), request = Bytes()](sim::Traffic traffic, std::span<const BYTE> bytes) mutable {
+        const bool is_reply = traffic == sim::Traffic::kReply;
+        if (!is_reply) request.assign(bytes.begin(), bytes.end());
+        const std::string meaning = is_reply ? DescribeReply(request, bytes) : DescribeRequest(bytes);
+        const std::string head =
+            ClockTime(std::chrono::system_clock::now()) + ' ' + name + std::string(TrafficMark(traffic));
+
+        static std::mutex mutex;
+        const std::lock_guard lock(mutex);
+        std::cerr << head << Hex(bytes) << '\n';
+        if (!meaning.empty()) std::cerr << std::string(head.size(), ' ') << meaning << '\n';
+      });
 }
 
 void ShowWhatArrives(sim::Device& device) {
