@@ -42,7 +42,8 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
       {"poll envir --port COM1 --interval 2h",     "write milliseconds, or 250ms or 5s"           },
       {"poll envir --port COM1 --timeout 6",       "write PER_BYTE,CONSTANT in ms"                },
       {"poll envir --port COM1 --map COM1",        "write DEVICE=PATH"                            },
-      {"sim",                                      "--list"                                       },
+      {"sim --all ups",                            "leave out the kinds, or --all"                },
+      {"sim --baud 9600",                          "--baud is for kinds that are named"           },
       {"sim toaster",                              "there are envir, "                            },
       {"sim envir --set heat=1",                   "there are humidity, temperature"              },
       {"sim envir --set temperature=hot",          "is not a number from"                         },
@@ -62,7 +63,7 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
 }
 
 TEST(Command, EveryVerbHasHelpWithExamplesAndExitCodes) {
-  for (const std::string verb : {"poll", "sim", "demo"}) {
+  for (const std::string verb : {"poll", "raw", "scan", "sim", "demo", "kinds", "record"}) {
     const ToolResult result = RunTool(verb + " --help");
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("Examples:\n  fieldline " + verb));
@@ -105,11 +106,11 @@ TEST(Sim, InjuresRepliesAsTold) {
   EXPECT_THAT(result.err, HasSubstr("3 polls, 1 good, 2 failed"));
 }
 
-TEST(Demo, PollsEveryKind) {
+TEST(Demo, PollsEveryDevice) {
   const ToolResult result = RunTool("demo");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("  -> 01 03 00 00 00 02 C4 0B\n  <- 01 03 04 01 C2 00 EB 1A 7C\n"));
-  EXPECT_THAT(result.out, HasSubstr("devices answered as they should\n"));
+  EXPECT_THAT(result.out, HasSubstr("\n21 of 21 polls were answered as they should be, in "));
 }
 
 }  // namespace
