@@ -9,7 +9,7 @@ namespace fieldline::sim {
 
 PictureDevice::PictureDevice() {
   values().Add(
-      {.name = "size", .unit = "bytes", .minimum = kSmallestPicture, .maximum = kLargestPicture, .number = 8000});
+      {.name = "size", .unit = "bytes", .minimum = kSmallestPicture, .maximum = kLargestPicture, .number = 8192});
 }
 
 bool PictureDevice::Show(Bytes picture) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "fieldline/drivers/imaging/sensor_camera_3ge.h"
 #include "fieldline/drivers/imaging/sensor_card_k.h"
 #include "fieldline/sensor/sensor_factory.h"
 #include "tools/text.h"
@@ -80,7 +81,7 @@ constexpr Field kEmerson[] = {
     Run("register", 247, kU16, 5, 129), Run("register", 257, kU16, 18, 140),
 };
 
-constexpr Field kDualProto[] = {
+constexpr Field kDualUnit[] = {
     One("value_1", 0, kI16),   Run("value", 2, kU16, 4, 2),    One("value_6", 10, kI16),
     One("value_7", 12, kU16),  Run("value", 14, kI16, 2, 8),   Run("value", 18, kU16, 11, 10),
     One("value_21", 40, kI16), Run("value", 42, kU16, 12, 22), One("state", 66, kU16),
@@ -119,14 +120,14 @@ constexpr Field kBattery[] = {
     One("constant_4", 82, kU16),
 };
 
-constexpr Field kCybermate[] = {
+constexpr Field kCyber[] = {
     Run("analog", 0, kU32, 5, 1),
     Run("switch_state", 20, kU8, 7, 1),
     Run("alarm_state", 27, kU8, 26, 1),
     Run("parameter", 53, kU8, 10, 1),
 };
 
-constexpr Field kPowerUnit[] = {
+constexpr Field kPower[] = {
     Run("value", 0, kI32, 6, 1, 10),    Run("value", 24, kI32, 2, 7, 100), Run("value", 32, kI32, 3, 9, 10),
     One("value_12", 44, kI32, 100),     Run("value", 48, kI32, 8, 13, 10), Run("value", 80, kI32, 4, 21, 100),
     Run("value", 96, kI32, 24, 25, 10), One("value_49", 192, kI32),        Run("value", 196, kI32, 3, 50, 10),
@@ -138,25 +139,32 @@ constexpr Field kCard[] = {
     Run("byte", 0, kU8, 14, 1),
 };
 
+constexpr Field kCamera[] = {
+    Measured("length", 0, kU16, 1, "bytes"),
+    Text("name", 2, kAscii, 50),
+};
+
 using enum Protocol;
 
 // Lines are usually set to the speed given, with n,8,1.
-// name          description              kind                driver              protocol  bit/s address record fields
+// name          description             kind                driver              protocol   bit/s address record fields
 constexpr Kind kKinds[] = {
-    {"envir",      "temperature, humidity", SERDAT_ENVIR,      "CSensorEnvir",     kModbus,   2400, 1, 8,   kEnvir    },
-    {"elec",       "power meter",           SERDAT_ELEC,       "CSensorElec",      kModbus,   9600, 1, 96,  kElec     },
-    {"elec-y",     "power meter, model 2",  SERDAT_ELEC_Y,     "CSensorElecY",     kModbus,   9600, 1, 96,  kElec     },
-    {"onoff",      "switch-input module",   SERDAT_ONOFF,      "CSensorOnoff",     kModbus,   9600, 1, 12,  kOnoff    },
-    {"leak",       "water-leak controller", SERDAT_LEAK,       "CSensorLeak",      kModbus,   9600, 1, 16,  kLeak     },
-    {"airc",       "air conditioner",       SERDAT_AIRC,       "CSensorAirc",      kModbus,   9600, 1, 32,  kAirc     },
-    {"emerson",    "Emerson unit",          SERDAT_EMERSON,    "CSensorEmerson",   kModbus,   9600, 1, 293, kEmerson  },
-    {"dual-proto", "dual-protocol unit",    SERDAT_DUAL_PROTO, "CSensorDualProto", kDual,     9600, 4, 68,  kDualProto},
-    {"ups",        "UPS",                   SERDAT_UPS,        "CSensorUps",       kQ1,       2400, 0, 245, kUps      },
-    {"battery",    "battery monitor",       SERDAT_BATTERY,    "CSensorBattery",   kHexAscii, 9600, 1, 84,  kBattery  },
-    {"cybermate",  "fixed-point unit",      SERDAT_CYBERMATE,  "CSensorCybermate", kHexAscii, 9600, 1, 63,  kCybermate},
-    {"power-unit", "power unit",            SERDAT_POWER_UNIT, "CSensorPowerUnit", kHexAscii, 9600, 1, 220, kPowerUnit},
-    {"card",       "card terminal",         SERDAT_CARD_K,     "CSensorCardK",     kHexAscii, 9600, 0, 32,  kCard     },
-    {"di",         "own digital inputs",    SERDAT_DI,         "CSensorDi",        kLocal,    0,    0, 8,   kDi       },
+    {"envir",      "temperature/humidity", SERDAT_ENVIR,      "CSensorEnvir",     kModbus,   2400,   1, 8,   kEnvir   },
+    {"elec",       "power meter",          SERDAT_ELEC,       "CSensorElec",      kModbus,   9600,   1, 96,  kElec    },
+    {"elec-y",     "power meter, model 2", SERDAT_ELEC_Y,     "CSensorElecY",     kModbus,   9600,   1, 96,  kElec    },
+    {"onoff",      "switch-input module",  SERDAT_ONOFF,      "CSensorOnoff",     kModbus,   9600,   1, 12,  kOnoff   },
+    {"leak",       "leak controller",      SERDAT_LEAK,       "CSensorLeak",      kModbus,   9600,   1, 16,  kLeak    },
+    {"airc",       "air conditioner",      SERDAT_AIRC,       "CSensorAirc",      kModbus,   9600,   1, 32,  kAirc    },
+    {"emerson",    "Emerson unit",         SERDAT_EMERSON,    "CSensorEmerson",   kModbus,   9600,   1, 293, kEmerson },
+    {"dual-proto", "dual-protocol unit",   SERDAT_DUAL_PROTO, "CSensorDualProto", kDual,     9600,   4, 68,  kDualUnit},
+    {"ups",        "UPS",                  SERDAT_UPS,        "CSensorUps",       kQ1,       2400,   0, 245, kUps     },
+    {"battery",    "battery monitor",      SERDAT_BATTERY,    "CSensorBattery",   kHexAscii, 9600,   1, 84,  kBattery },
+    {"cybermate",  "fixed-point unit",     SERDAT_CYBERMATE,  "CSensorCybermate", kHexAscii, 9600,   1, 63,  kCyber   },
+    {"power-unit", "power unit",           SERDAT_POWER_UNIT, "CSensorPowerUnit", kHexAscii, 9600,   1, 220, kPower   },
+    {"card",       "card terminal",        SERDAT_CARD_K,     "CSensorCardK",     kHexAscii, 9600,   0, 32,  kCard    },
+    {"camera",     "serial camera",        SERDAT_CAMERA,     "CSensorCamera",    kVc0706,   115200, 0, 52,  kCamera  },
+    {"camera-3ge", "streaming camera",     SERDAT_CAMERA_3GE, "CSensorCamera3ge", kUg3,      115200, 0, 52,  kCamera  },
+    {"di",         "own digital inputs",   SERDAT_DI,         "CSensorDi",        kLocal,    0,      0, 8,   kDi      },
 };
 
 }  // namespace
@@ -189,6 +197,10 @@ std::string_view ProtocolName(Protocol protocol) {
       return "UPS ASCII";
     case kHexAscii:
       return "YD/T 1363";
+    case kVc0706:
+      return "VC0706";
+    case kUg3:
+      return "UG3#";
     case kAlarm:
       return "alarm board frames";
   }
@@ -196,9 +208,14 @@ std::string_view ProtocolName(Protocol protocol) {
 }
 
 CSensorBase* DriverOf(const Kind& kind) {
+  // These two no factory makes.
   if (kind.id == SERDAT_CARD_K) {
-    static CSensorCardK card;  // no factory makes it
+    static CSensorCardK card;
     return &card;
+  }
+  if (kind.id == SERDAT_CAMERA_3GE) {
+    static CSensorCamera3ge camera;
+    return &camera;
   }
   CSensorFactory* const factory = CSensorFactory::GetInstance();
   return factory != nullptr ? factory->GetSensor(kind.id) : nullptr;

@@ -16,6 +16,8 @@ enum class Protocol {
   kDual,      // Modbus RTU at even addresses, a frame of its own at odd ones
   kQ1,        // "Q1", "I" and "F"
   kHexAscii,  // YD/T 1363
+  kVc0706,    // commands of the VC0706
+  kUg3,       // "UG3#" and a stream
   kAlarm,     // frames of the alarm board
 };
 

@@ -8,17 +8,22 @@ std::optional<Failure> OpenLine::Open(const Line& line) {
   return DiagnoseOpen(port_, line);
 }
 
-PollResult PollOnce(const Kind& kind, CSensorBase& driver, ISerBase* port, int address, Recorder& recorder) {
+PollResult PollOnce(const Kind& kind, ISerBase* port, int address, Recorder& recorder,
+                    const std::function<int()>& get_data) {
   recorder.Clear();
   PollResult result;
   result.time = std::chrono::system_clock::now();
   const auto began = std::chrono::steady_clock::now();
-  const int good = driver.GetData(port, address);
+  const int good = get_data();
   const auto ended = std::chrono::steady_clock::now();
   result.duration = ended - began;
   result.exchanges = recorder.Exchanges();
   if (good == 0) result.failure = DiagnosePoll(kind, address, port, result.exchanges, ended);
   return result;
+}
+
+PollResult PollOnce(const Kind& kind, CSensorBase& driver, ISerBase* port, int address, Recorder& recorder) {
+  return PollOnce(kind, port, address, recorder, [&] { return driver.GetData(port, address); });
 }
 
 }  // namespace fieldline::tool

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -37,7 +38,11 @@ struct PollResult {
   std::optional<Failure> failure;
 };
 
-// One poll of a device. `port` is null for a kind without a line.
+// One poll, made by `get_data`, which returns 1 or 0 as drivers do. `port` is null for a kind without a line.
+PollResult PollOnce(const Kind& kind, ISerBase* port, int address, Recorder& recorder,
+                    const std::function<int()>& get_data);
+
+// The same with a driver.
 PollResult PollOnce(const Kind& kind, CSensorBase& driver, ISerBase* port, int address, Recorder& recorder);
 
 }  // namespace fieldline::tool

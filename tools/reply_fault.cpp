@@ -1,6 +1,7 @@
 #include "tools/reply_fault.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "fieldline/alarm/alarm_link.h"
 #include "fieldline/drivers/ascii/hex_frame.h"
@@ -96,6 +97,34 @@ ReplyFault FindQ1Fault(const Bytes& reply) {
           "the reply is not what the command asks for: \"" + std::string(reply.begin(), reply.end() - 1) + "\""};
 }
 
+// 76, camera, command, status, length, data.
+std::optional<ReplyFault> FindCameraFault(const Bytes& request, const Bytes& reply) {
+  constexpr BYTE kReadFrame = 0x32;
+  constexpr BYTE kGetLength = 0x34;
+  constexpr std::size_t kStatusPosition = 3;
+  constexpr std::size_t kLengthPosition = 5;
+  constexpr std::size_t kShortestCommand = 4;
+  if (request.size() < kShortestCommand) return std::nullopt;
+  const BYTE command = request[2];
+  const bool matches = reply.size() > kStatusPosition && reply[0] == 0x76 && reply[2] == command;
+  if (!matches) return std::nullopt;
+
+  if (const BYTE status = reply[kStatusPosition]; status != 0) {
+    return ReplyFault{"device_refused", "the camera refuses the command \"" + std::string(CameraCommandName(command)) +
+                                            "\" with status " + Count(status)};
+  }
+  if (command == kGetLength && reply.size() >= kLengthPosition + 4) {
+    return ReplyFault{"picture_size", "the camera's picture has " + Count(GetDwordBE(reply.data() + kLengthPosition)) +
+                                          " bytes; 4 to 65535 can be taken"};
+  }
+  if (command == kReadFrame && request.size() == 16) {
+    constexpr std::size_t kHeadAndTrailer = 10;
+    const std::size_t expected = GetWordBE(request.data() + 12) + kHeadAndTrailer;
+    if (reply.size() < expected) return ShortReply(reply.size(), expected);
+  }
+  return std::nullopt;
+}
+
 // AA, length, command, payload, checksum, 55.
 ReplyFault FindAlarmFault(const Bytes& request, const Bytes& reply) {
   constexpr std::size_t kFrameOverhead = 6;
@@ -131,6 +160,9 @@ ReplyFault FindReplyFault(const Kind& kind, int address, const Bytes& request, c
   if (kind.protocol == Protocol::kHexAscii) return FindHexAsciiFault(request, reply);
   if (kind.protocol == Protocol::kAlarm) return FindAlarmFault(request, reply);
   if (kind.protocol == Protocol::kQ1) return FindQ1Fault(reply);
+  if (kind.protocol == Protocol::kVc0706) {
+    if (const std::optional<ReplyFault> fault = FindCameraFault(request, reply)) return *fault;
+  }
   return {"reply_refused", "the reply was refused: " + Hex(reply, 32)};
 }
 

@@ -1,0 +1,162 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+
+#include "sim/catalog.h"
+#include "sim/line.h"
+#include "tests/support/run_tool.h"
+#include "tests/support/scripted_port.h"
+#include "tests/support/temp_directory.h"
+#include "tools/kinds.h"
+#include "tools/picture_progress.h"
+#include "tools/reply_fault.h"
+
+namespace fieldline {
+namespace {
+
+using nlohmann::json;
+using test::Hex;
+using test::ToolProcess;
+using test::ToolResult;
+using test::Words;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+ToolResult RunTool(const std::string& arguments) { return ToolProcess(FIELDLINE_TOOL, Words(arguments)).Finish(); }
+
+class CameraTool : public testing::Test {
+ protected:
+  void Start(std::string_view kind, const std::string& size, std::vector<sim::FaultRule> faults = {}) {
+    std::string error;
+    EXPECT_TRUE(line_.Add(sim::Make(kind, 0)).values().Set("size", size, &error)) << error;
+    line_.SetFaults(sim::Faults(1, std::move(faults)));
+    ASSERT_TRUE(line_.Start());
+  }
+
+  // Pictures of the tests are 4096 bytes, so that no read of the second camera waits for more than comes.
+  ToolResult Poll(const std::string& arguments) {
+    return RunTool("poll " + arguments + " --timeout 1,300 --flash-root " + flash_.Path().string() + " --port " +
+                   line_.Path());
+  }
+
+  TempDirectory flash_;
+  sim::Line line_{
+      {.any_baud = true, .paced = false}
+  };
+};
+
+TEST_F(CameraTool, TellsWhereThePictureIs) {
+  Start("camera", "4096");
+  const ToolResult result = Poll("camera --json");
+  ASSERT_EQ(result.status, 0) << result.err;
+  const json poll = json::parse(result.out);
+  const std::string path = poll["picture"]["path"];
+  EXPECT_THAT(path, StartsWith(flash_.Path("NandFlash/www/wwwpub/images/20")));
+  EXPECT_EQ(poll["record"]["name"], std::filesystem::path(path).filename().string());
+  EXPECT_EQ(poll["record"]["length"], 4096);
+  EXPECT_EQ(poll["picture"]["size"], 4096);
+  EXPECT_EQ(std::filesystem::file_size(path), 4096u);
+}
+
+TEST_F(CameraTool, PollsUntilThePictureIsGood) {
+  // Acknowledgement, head and picture are a reply each. The first poll lacks the acknowledgement, the second a part of
+  // the picture.
+  Start("camera-3ge", "4096",
+        {
+            {.fault = sim::Fault::kDrop,     .nth = 1},
+            {.fault = sim::Fault::kTruncate, .nth = 6}
+  });
+  ToolResult result = Poll("camera-3ge --until-good 2 --interval 0");
+  EXPECT_EQ(result.status, 5) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("the picture breaks off after "));
+  EXPECT_THAT(result.err, HasSubstr("2 polls, 0 good, 2 failed"));
+  result = Poll("camera-3ge --until-good 2 --interval 0");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("1 poll, 1 good, 0 failed"));
+  EXPECT_THAT(result.out, HasSubstr(".jpeg, 4096 bytes\n"));
+}
+
+TEST_F(CameraTool, SaysThatAPictureIsNotStored) {
+  std::filesystem::create_directories(flash_.Path("NandFlash/www/wwwpub"));
+  std::filesystem::create_symlink("/proc", flash_.Path("NandFlash/www/wwwpub/images"));  // takes no file from anybody
+  Start("camera-3ge", "4096");
+  ToolResult result = Poll("camera-3ge --json");
+  EXPECT_EQ(result.status, 1) << result.err;
+  EXPECT_EQ(json::parse(result.out)["error"]["code"], "not_stored");
+
+  result = RunTool("poll camera --port COM1 --flash-root /dev/null");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.err, HasSubstr("no directory can be made there"));
+  EXPECT_EQ(RunTool("poll envir --port COM1 --flash-root /tmp").status, 2);
+}
+
+TEST(CameraReply, IsToldWhatIsWrongWithIt) {
+  const struct {
+    const char* request;
+    const char* reply;
+    const char* message;
+  } cases[] = {
+      {"56 00 36 01 00",                                  "76 00 36 03 00",             "\"control frame\" with status 3"},
+      {"56 00 34 01 00",                                  "76 00 34 00 04 00 01 00 00", "has 65536 bytes"                },
+      {"56 00 32 0C 00 0A 00 00 00 00 00 00 12 34 00 0A", "76 00 32 00 00 FF D8",       "7 of 4670 bytes came"           },
+      {"56 00 26 00",                                     "55 55",                      "the reply was refused: 55 55"   },
+      {"56 00",                                           "76 00 26 00",                "the reply was refused"          },
+  };
+  for (const auto& [request, reply, message] : cases) {
+    EXPECT_THAT(tool::FindReplyFault(tool::RequireKind("camera"), 0, Hex(request), Hex(reply)).message,
+                HasSubstr(message));
+  }
+}
+
+TEST(TestPort, ShowsTheRecordsThatItKeeps) {
+  sim::Line line({.any_baud = true, .paced = false});
+  line.Add(sim::Make("envir", 7));
+  line.Add(sim::Make("cybermate", 1));
+  ASSERT_TRUE(line.Start());
+  const std::string options = " --timeout 0,500 --port " + line.Path();
+  ToolResult result = RunTool("test-port envir@7 cybermate" + options);
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("envir at address 7, "));
+  EXPECT_THAT(result.out, HasSubstr("\n  register_1  235\n  register_0  450\n"));
+  EXPECT_THAT(result.out, HasSubstr(" ms\n  answered; the test port keeps no record of this kind\n"));
+
+  result = RunTool("test-port envir@8 envir@7" + options);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("envir at address 8: "));
+  EXPECT_THAT(result.out, StartsWith("envir at address 7, "));
+  for (const char* wrong : {"card", "camera-3ge", "envir@", "envir@256", "toaster"}) {
+    EXPECT_EQ(RunTool(std::string("test-port ") + wrong + options).status, 2) << wrong;
+  }
+}
+
+TEST(PictureProgress, CountsTheBytesOfAPicture) {
+  std::ostringstream shown;
+  tool::PictureProgress progress(shown);
+  const auto write = [&](const char* hex) { progress.OnSerWrite(Hex(hex).data(), static_cast<int>(Hex(hex).size())); };
+  const auto read = [&](const char* hex) { progress.OnSerRead(Hex(hex).data(), static_cast<int>(Hex(hex).size())); };
+  write("55 47 33 23");
+  read("55 47 23");
+  read("55 50 00 10");
+  read("00");
+  EXPECT_EQ(shown.str(), "");
+  read("FF D8 11");
+  read("22 33");
+  EXPECT_EQ(shown.str(), "\r3 of 4096 bytes\r5 of 4096 bytes");
+  shown.str("");
+  progress.Clear();
+  EXPECT_EQ(shown.str(), "\r" + std::string(15, ' ') + "\r");
+
+  shown.str("");
+  write("56 00 34 01 00");
+  read("76 00 34 00 04 00 00 12 34");
+  write("56 00 32 0C 00 0A 00 00 00 00 00 00 12 34 00 0A");
+  EXPECT_EQ(shown.str(), "\ra picture of 4660 bytes is coming");
+}
+
+}  // namespace
+}  // namespace fieldline

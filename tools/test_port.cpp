@@ -1,0 +1,139 @@
+#include "tools/test_port.h"
+
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fieldline/serial/hub_ser_factory.h"
+#include "fieldline/serial/hub_ser_test.h"
+#include "tools/kinds.h"
+#include "tools/line_option.h"
+#include "tools/poller.h"
+#include "tools/report.h"
+#include "tools/snapshot.h"
+#include "tools/statistics.h"
+#include "tools/text.h"
+#include "tools/trace_option.h"
+
+namespace fieldline::tool {
+namespace {
+
+constexpr char kExamples[] =
+    "The port is the library's own for commissioning: it asks the sensor factory for each driver, polls with it, and\n"
+    "keeps the records of envir, leak, elec, onoff, battery, airc, ups and camera.\n\n"
+    "Examples:\n"
+    "  fieldline test-port envir --port /dev/ttyUSB0\n"
+    "  fieldline test-port envir@1 leak@4 elec@5 --port /dev/ttyUSB0:9600,n,8,1";
+
+struct Arguments {
+  std::vector<std::string> kinds;
+  LineArguments line;
+  std::string flash_root;
+  std::string trace;
+};
+
+struct Target {
+  const Kind& kind;
+  int address;
+};
+
+// "elec" or "elec@5".
+Target ParseTarget(const std::string& text) {
+  const std::size_t at = text.find('@');
+  const Kind& kind = RequireKind(text.substr(0, at));
+  if (kind.id == SERDAT_CARD_K || kind.id == SERDAT_CAMERA_3GE) {
+    throw UsageError(std::string(kind.name) + ": the test port has no driver for it; use fieldline poll");
+  }
+  if (at == std::string::npos) return {kind, kind.address};
+  const std::optional<long> address = ParseInteger(text.substr(at + 1));
+  if (!address || *address < 0 || *address > 255) {
+    throw UsageError('"' + text + "\": the address is a number from 0 to 255, such as " + std::string(kind.name) +
+                     "@1");
+  }
+  return {kind, static_cast<int>(*address)};
+}
+
+// Where the port keeps a kind's record; null for a kind whose record it doesn't keep.
+const BYTE* CopyOf(const CHubSerTest& port, ENUM_SERDATKIND kind) {
+  const auto bytes = [](const auto& record) { return reinterpret_cast<const BYTE*>(&record); };
+  switch (kind) {
+    case SERDAT_ENVIR:
+      return bytes(port.m_datEnvir);
+    case SERDAT_LEAK:
+      return bytes(port.m_datLeak);
+    case SERDAT_ELEC:
+      return bytes(port.m_datElec);
+    case SERDAT_ONOFF:
+      return bytes(port.m_datOnoff);
+    case SERDAT_BATTERY:
+      return bytes(port.m_datBattery);
+    case SERDAT_AIRC:
+      return bytes(port.m_datAirc);
+    case SERDAT_UPS:
+      return bytes(port.m_datUps);
+    case SERDAT_CAMERA:
+      return bytes(port.m_datCamera);
+    default:
+      return nullptr;
+  }
+}
+
+void Show(const Target& target, const PollResult& result, const CHubSerTest& port) {
+  const std::string subject = std::string(target.kind.name) + " at address " + std::to_string(target.address);
+  if (result.failure) {
+    ShowFailure(subject, *result.failure);
+    return;
+  }
+  std::cout << subject << ", " << Fixed(result.duration.count(), 1) << " ms\n";
+  if (const BYTE* const copy = CopyOf(port, target.kind.id)) {
+    PrintRecord(std::cout, target.kind.fields, copy);
+  } else {
+    std::cout << "  answered; the test port keeps no record of this kind\n";
+  }
+  std::cout << std::flush;
+}
+
+ExitCode Run(const Arguments& arguments) {
+  std::vector<Target> targets;
+  for (const std::string& kind : arguments.kinds) targets.push_back(ParseTarget(kind));
+  if (!arguments.flash_root.empty()) UseFlashRoot(arguments.flash_root);
+  Recorder recorder(arguments.trace);
+
+  const Line line = ResolveLine(arguments.line, targets.front().kind.UsualSettings());
+  CHubSerFactory* const ports = CHubSerFactory::GetInstance();
+  auto* const port = ports != nullptr ? static_cast<CHubSerTest*>(ports->GetHubSer(SER_TEST)) : nullptr;
+  if (port == nullptr) throw std::bad_alloc();
+  OpenLine open_line(*port, recorder);
+  if (const std::optional<Failure> failure = open_line.Open(line)) {
+    ShowFailure("test port", *failure);
+    return failure->exit;
+  }
+
+  Statistics statistics;
+  for (const Target& target : targets) {
+    const PollResult result = PollOnce(target.kind, port, target.address, recorder,
+                                       [&] { return port->GetData(target.kind.id, target.address); });
+    statistics.Add(result);
+    Show(target, result, *port);
+    if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
+  }
+  return statistics.Result();
+}
+
+}  // namespace
+
+Verb AddTestPort(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& command = *app.add_subcommand("test-port", "Poll devices on one line through the library's test port");
+  command.footer(kExamples);
+  command.add_option("KIND", arguments->kinds, "Kinds of devices; KIND@ADDRESS at another than the usual address")
+      ->required();
+  AddLineOptions(command, arguments->line);
+  AddFlashRoot(command, arguments->flash_root);
+  AddTraceOption(command, arguments->trace);
+  return {&command, [arguments] { return Run(*arguments); }};
+}
+
+}  // namespace fieldline::tool
