@@ -25,6 +25,8 @@ class ToolProcess {
   ToolProcess(const ToolProcess&) = delete;
   ToolProcess& operator=(const ToolProcess&) = delete;
 
+  pid_t id() const { return process_; }
+
   // Waits until `text` has been printed on standard output. False when the program ended without.
   bool WaitForOutput(const std::string& text);
 
