@@ -51,6 +51,7 @@ Bytes AlarmFrame(const Bytes& bytes) {
   RequireSize(bytes, 1, 507, "command and payload");
   const std::size_t payload = bytes.size() - 1;
   Bytes frame = {0xAA, static_cast<BYTE>(payload >> 8), static_cast<BYTE>(payload & 0xFF)};
+  frame.reserve(frame.size() + bytes.size() + 2);
   frame.insert(frame.end(), bytes.begin(), bytes.end());
   frame.push_back(alm_xor_sum(bytes.data(), static_cast<std::int16_t>(bytes.size())));
   frame.push_back(0x55);
