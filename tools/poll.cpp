@@ -1,6 +1,5 @@
 #include "tools/poll.h"
 
-#include <cmath>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -9,7 +8,7 @@
 
 #include "fieldline/platform/console.h"
 #include "fieldline/serial/hub_ser_factory.h"
-#include "tools/duration.h"
+#include "tools/duration_option.h"
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
@@ -46,12 +45,6 @@ struct Arguments {
   std::string trace;
 };
 
-std::chrono::milliseconds ParseInterval(const std::string& text) {
-  const std::optional<std::chrono::milliseconds> interval = ParseDuration(text);
-  if (interval) return *interval;
-  throw CLI::ValidationError("--interval", "write " + std::string(kDurationForm) + "; not \"" + text + '"');
-}
-
 // What is polled, and where.
 struct Target {
   const Kind& kind;
@@ -81,19 +74,13 @@ void ShowPoll(const Target& target, const PollResult& result, const BYTE* record
               const std::optional<Snapshot>& snapshot, bool json) {
   if (json) {
     ordered_json line = Head(target, result.time, !result.failure);
-    line["duration_ms"] = std::round(result.duration.count() * 1000) / 1000;
-    if (result.failure) {
-      line["error"] = FailureToJson(*result.failure);
-    } else {
-      line["record"] = RecordToJson(target.kind.fields, record);
-      const ordered_json physical = PhysicalToJson(target.kind.fields, record);
-      if (!physical.empty()) line["physical"] = physical;
-    }
-    if (snapshot)
+    AddOutcome(line, result, target.kind.fields, record);
+    if (snapshot) {
       line["picture"] = {
           {"path", snapshot->path},
           {"size", snapshot->size}
       };
+    }
     PrintJson(line);
   } else if (result.failure) {
     ShowFailure(Subject(target), *result.failure);
@@ -191,11 +178,8 @@ Verb AddPoll(CLI::App& app) {
   AddNumber(command, "--until-good", 1, 1'000'000'000, "Polls to make at most, until one is good",
             [arguments](int polls) { arguments->until_good = polls; })
       ->excludes(count);
-  command
-      .add_option_function<std::string>(
-          "--interval", [arguments](const std::string& text) { arguments->interval = ParseInterval(text); },
-          "From the start of a poll to the next, in ms, or as 250ms or 5s [1s]")
-      ->type_name("TIME");
+  AddDuration(command, "--interval", "From the start of a poll to the next, in ms, or as 250ms or 5s [1s]",
+              [arguments](std::chrono::milliseconds interval) { arguments->interval = interval; });
   AddFlashRoot(command, arguments->flash_root);
   command.add_flag("--json", arguments->json, "One JSON object a line");
   AddTraceOption(command, arguments->trace);
