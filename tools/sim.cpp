@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <deque>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -189,8 +190,10 @@ ExitCode Run(const Arguments& arguments) {
   }
 
   CatchInterrupts();
-  const ScratchDirectory scratch;
-  sim::Room room(layout, scratch.Path());
+  // Only the room has inputs, which need a file.
+  std::optional<ScratchDirectory> scratch;
+  if (whole_room) scratch.emplace();
+  sim::Room room(layout, scratch ? scratch->Path() : std::filesystem::path());
   room.Seed(seed);
   for (const sim::RoomLine& line : layout.lines) {
     sim::Line* const serial = room.FindLine(line.name);
