@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tools/json_file.h"
+#include "tools/snapshot.h"
 #include "tools/verb.h"
 
 namespace fieldline::tool {
@@ -90,7 +91,7 @@ class Reader {
       node.Get("kind").Refuse(line.local ? "only di is at " + line.name
                                          : std::string(kind.name) + " is on no line, but at " + std::string(kInputs));
     }
-    if (kind.id == SERDAT_CAMERA || kind.id == SERDAT_CAMERA_3GE) {
+    if (IsCamera(kind)) {
       node.Get("kind").Refuse("a camera's poll takes a picture, and has no values to watch");
     }
     SiteDevice device{name, &kind, kind.address, kUsualInterval, TakenApart(kind.fields), 0};
