@@ -101,11 +101,11 @@ TEST(CameraReply, IsToldWhatIsWrongWithIt) {
     const char* reply;
     const char* message;
   } cases[] = {
-      {"56 00 36 01 00",                                  "76 00 36 03 00",             "\"control frame\" with status 3"},
-      {"56 00 34 01 00",                                  "76 00 34 00 04 00 01 00 00", "has 65536 bytes"                },
-      {"56 00 32 0C 00 0A 00 00 00 00 00 00 12 34 00 0A", "76 00 32 00 00 FF D8",       "7 of 4670 bytes came"           },
-      {"56 00 26 00",                                     "55 55",                      "the reply was refused: 55 55"   },
-      {"56 00",                                           "76 00 26 00",                "the reply was refused"          },
+      {"56 00 36 01 00",                                  "76 00 36 03 00",             "with status 3"       },
+      {"56 00 34 01 00",                                  "76 00 34 00 04 00 01 00 00", "has 65536 bytes"     },
+      {"56 00 32 0C 00 0A 00 00 00 00 00 00 12 34 00 0A", "76 00 32 00 00 FF D8",       "7 of 4670 bytes came"},
+      {"56 00 26 00",                                     "55 55",                      "refused: 55 55"      },
+      {"56 00",                                           "76 00 26 00",                "refused"             },
   };
   for (const auto& [request, reply, message] : cases) {
     EXPECT_THAT(tool::FindReplyFault(tool::RequireKind("camera"), 0, Hex(request), Hex(reply)).message,
