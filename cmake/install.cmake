@@ -1,9 +1,25 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS fieldline_shared fieldline_static EXPORT fieldline INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The parts, which packaging/debian.cmake makes packages of: library, development and tools.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
+install(
+  TARGETS fieldline_shared EXPORT fieldline
+  LIBRARY COMPONENT library NAMELINK_COMPONENT development
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS fieldline_static EXPORT fieldline)
 if(TARGET fieldline_tool)
-  install(TARGETS fieldline_tool)
+  install(TARGETS fieldline_tool COMPONENT tools)
+  install(FILES packaging/fieldline.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(
+    FILES packaging/fieldline.bash-completion
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME fieldline
+    COMPONENT tools)
+  set(documents ${CMAKE_INSTALL_DATADIR}/doc/fieldline-tools)
+  install(FILES docs/commissioning.md docs/scenarios.md DESTINATION ${documents} COMPONENT tools)
+  install(FILES packaging/60-fieldline.rules examples/site.json DESTINATION ${documents}/examples COMPONENT tools)
+  install(DIRECTORY examples/scenarios DESTINATION ${documents}/examples COMPONENT tools)
 endif()
 
 # Of the platform's headers, those that headers for applications include.
@@ -26,3 +42,10 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FUL
            OUTPUT_VARIABLE pc_to_prefix)
 configure_file(cmake/fieldline.pc.in ${PROJECT_BINARY_DIR}/fieldline.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/fieldline.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# Packages are made on Debian, for the machine that makes them.
+find_program(FIELDLINE_DPKG dpkg)
+mark_as_advanced(FIELDLINE_DPKG)
+if(FIELDLINE_DPKG AND NOT CMAKE_CROSSCOMPILING)
+  include(packaging/debian.cmake)
+endif()
