@@ -149,6 +149,7 @@ ExitCode Run(const Arguments& arguments) {
   }
   std::atomic<std::size_t> running = workers.size();
   std::vector<std::jthread> threads;
+  threads.reserve(workers.size());
   for (LineWorker& worker : workers) {
     threads.emplace_back([&] {
       worker.Run();
