@@ -10,47 +10,53 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXE
                                                 WORLD_EXECUTE)
 # Debian wants manual pages and changelogs compressed; other installations take them as they are.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress_documents.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/ldconfig_trigger.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL library development)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "fieldline maintainers <maintainers@fieldline.example>")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+# Of each description the first line is the summary; without this it would be the project's for all.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libfieldline1)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "device access for machine-room monitoring units
- Polls the field devices of a machine room over serial lines: probes, power
- meters, air conditioners, UPSs, battery monitors, cameras, card terminals, the
- alarm board and the serial display.
- .
- This package holds the shared library.")
+Polls the field devices of a machine room over serial lines: probes, power
+meters, air conditioners, UPSs, battery monitors, cameras, card terminals, the
+alarm board and the serial display.
+.
+This package holds the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libfieldline-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libfieldline1 (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "device access for machine-room monitoring units - development
- Polls the field devices of a machine room over serial lines: probes, power
- meters, air conditioners, UPSs, battery monitors, cameras, card terminals, the
- alarm board and the serial display.
- .
- This package holds the headers, the static library, and what CMake and
- pkg-config need to find them.")
+Polls the field devices of a machine room over serial lines: probes, power
+meters, air conditioners, UPSs, battery monitors, cameras, card terminals, the
+alarm board and the serial display.
+.
+This package holds the headers, the static library, and what CMake and
+pkg-config need to find them.")
 if(TARGET fieldline_tool)
   list(APPEND CPACK_COMPONENTS_ALL tools)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME fieldline-tools)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION comm)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_TOOLS_DESCRIPTION "commissioning tool for machine-room monitoring units
- The command fieldline polls the field devices of a machine room over serial
- lines, shows what they say and why one does not answer, and simulates every
- device that it can talk to.")
+The command fieldline polls the field devices of a machine room over serial
+lines, shows what they say and why one does not answer, and simulates every
+device that it can talk to.")
 endif()
 
 # EXCLUDE_FROM_ALL: these belong to the packages, not to `cmake --install`.
