@@ -4,29 +4,16 @@
 #include <memory>
 #include <vector>
 
-#include "fieldline/serial/i_ser_base.h"
 #include "sim/device.h"
 #include "tests/allocation/allocations.h"
+#include "tests/support/stub_port.h"
 
 namespace fieldline::test {
 
 // A port with a simulated device behind it and no line between. What the device allocates is not counted.
-class DevicePort final : public ISerBase {
+class DevicePort final : public StubPort {
  public:
   explicit DevicePort(std::unique_ptr<sim::Device> device) : device_(std::move(device)) {}
-
-  ENUM_SERTYPE GetSerType() override { return SER_NONE; }
-  wchar_t* GetSerNote() override { return nullptr; }
-  int Open(const wchar_t*) override { return 1; }
-  int Close() override { return 1; }
-  int IsOpened() override { return 1; }
-  int SetDef(const wchar_t*) override { return 0; }
-  int SetPort(int) override { return 1; }
-  int SetBaud(int) override { return 1; }
-  int SetTimeout(int, int) override { return 1; }
-  int InsertObserver(ISerObserver*) override { return -1; }
-  int RemoveObserver(ISerObserver*) override { return -1; }
-  int GetData(int, int) override { return 0; }
 
   int Purge() override {
     pending_.clear();
