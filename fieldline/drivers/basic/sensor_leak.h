@@ -4,14 +4,15 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
+// The last three are 16-bit registers as the controller sends them, widened without sign.
 struct LEAK_DATA {
-  BYTE status_read;                  // 1 once the status register has been read; never 0 again
-  BYTE leak;                         // 1: bit 0 or 1 of the status register is set
-  BYTE second_flag;                  // 1: bit 2 or 3 of the status register is set
-  BYTE second_flag_copy;             // the same
-  std::uint32_t input_register_1;    // read while there is a leak; 0 without one
-  std::uint32_t holding_register_1;  //
-  std::uint32_t input_register_4;    //
+  BYTE status_read;                // 1 once the status register has been read; never 0 again
+  BYTE leak;                       // 1: bit 0 or 1 of the status register is set
+  BYTE second_flag;                // 1: bit 2 or 3 of the status register is set
+  BYTE second_flag_copy;           // the same
+  std::uint32_t input_register_1;  // read while there is a leak; 0 without one
+  std::uint32_t holding_register_1;
+  std::uint32_t input_register_4;
 };
 static_assert(sizeof(LEAK_DATA) == 16);
 

@@ -123,7 +123,7 @@ TEST_F(SensorUps, FailsAnAcceptedIdentificationThatIsNotWhole) {
       {"#Megatecco\r",                  u"",       u""  },
       {"#Mega tec\r",                   u"Mega",   u""  }, // ends before the model
       {"#New             Model12345\r", u"New",    u""  }, // no space behind the model
-      {"#Newer           M1\r",         u"Newer",  u""  }, //
+      {"#Newer           M1\r",         u"Newer",  u""  },
       {"#Newest          M2 xxxxx\r",   u"Newest", u"M2"}, // ends before the version
   };
   for (const auto& c : cases) {
