@@ -33,6 +33,7 @@ struct Kind {
   std::size_t record_size;  // bytes
   Fields fields;
 
+  bool HasAddress() const { return address != 0; }
   std::string UsualSettings() const { return std::to_string(baud) + ",n,8,1"; }
 };
 

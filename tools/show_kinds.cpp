@@ -34,7 +34,7 @@ ordered_json ToJson(const Kind& kind) {
       {"record_size", kind.record_size           }
   };
   if (HasLine(kind)) json["settings"] = kind.UsualSettings();
-  if (kind.address != 0) json["address"] = kind.address;
+  if (kind.HasAddress()) json["address"] = kind.address;
   return json;
 }
 
@@ -49,7 +49,7 @@ ExitCode Run(bool json) {
   for (const Kind& kind : Kinds()) {
     rows.push_back({std::string(kind.name), std::string(kind.description), std::string(kind.driver),
                     std::string(ProtocolName(kind.protocol)), HasLine(kind) ? kind.UsualSettings() : "-",
-                    kind.address != 0 ? std::to_string(kind.address) : "-", std::to_string(kind.record_size)});
+                    kind.HasAddress() ? std::to_string(kind.address) : "-", std::to_string(kind.record_size)});
   }
   PrintTable(std::cout, rows);
   std::cout << "SETTINGS and ADDRESS are the usual ones, RECORD is in bytes.\n";
