@@ -12,12 +12,12 @@
 #include <vector>
 
 #include "fieldline/alarm/hub_alarm.h"
-#include "fieldline/platform/console.h"
 #include "fieldline/serial/ser_base.h"
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
 #include "tools/poller.h"
+#include "tools/progress.h"
 #include "tools/report.h"
 #include "tools/text.h"
 #include "tools/trace_option.h"
@@ -41,6 +41,7 @@ constexpr std::size_t kLongestPayload = 506;  // bytes of a frame, final zeros i
 struct Arguments {
   LineArguments line;
   bool json = false;
+  bool quiet = false;
   std::string trace;
   // Each operation has some of these.
   std::string number;
@@ -167,38 +168,22 @@ class BoardController {
   CHubAlarm* const board_;
 };
 
-// Draws how far an MMS is, once it has lasted a second, on a terminal.
-class TransferProgress final : public ISerObserver {
+// Tells how far an MMS is.
+class TransferProgress final : public Progress {
  public:
-  explicit TransferProgress(std::size_t size) : size_(size) {}
-  ~TransferProgress() {
-    if (drawn_) std::cerr << "\r\033[K" << std::flush;
-  }
+  TransferProgress(ISerBase* port, bool quiet, std::size_t size) : Progress(port, quiet), size_(size) {}
 
-  void OnSerRead(const BYTE*, int) override {}
   void OnSerWrite(const BYTE* data, int count) override {
     constexpr BYTE kDataBlock = 0x13;
     constexpr int kFrameOverhead = 6;
-    constexpr std::chrono::milliseconds kQuietStart(1000);
-    if (!on_terminal_ || count <= kFrameOverhead || data[3] != kDataBlock) return;
+    if (count <= kFrameOverhead || data[3] != kDataBlock) return;
     sent_ += static_cast<std::size_t>(count - kFrameOverhead);
-    if (std::chrono::steady_clock::now() - began_ >= kQuietStart) Draw();
+    Tell(std::to_string(sent_) + " of " + std::to_string(size_) + " bytes");
   }
 
  private:
-  void Draw() {
-    constexpr std::size_t kWidth = 40;
-    const std::size_t filled = std::min(sent_, size_) * kWidth / size_;
-    std::cerr << "\r[" << std::string(filled, '#') << std::string(kWidth - filled, '.') << "] " << sent_ << " of "
-              << size_ << " bytes" << std::flush;
-    drawn_ = true;
-  }
-
   const std::size_t size_;
-  const bool on_terminal_ = IsTerminal(Stream::kError);
-  const std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
   std::size_t sent_ = 0;
-  bool drawn_ = false;
 };
 
 void RequireFit(std::string_view what, std::size_t bytes) {
@@ -250,10 +235,10 @@ ExitCode Run(const Operation& operation, Arguments& arguments) {
   ordered_json record = ordered_json::object();
   std::optional<Failure> failure = open_line.Open(line);
   if (!failure) {
-    TransferProgress progress(arguments.data.size());
-    port.InsertObserver(&progress);
+    TransferProgress progress(&port, arguments.quiet || arguments.trace == "-", arguments.data.size());
+    progress.Begin("alarm " + std::string(operation.name));
     const int failed = operation.run(controller.board(), arguments, record);
-    port.RemoveObserver(&progress);
+    progress.End();
     if (failed != 0) {
       failure = DiagnosePoll(kBoard, 0, &port, recorder.Exchanges(), std::chrono::steady_clock::now());
     }
@@ -308,6 +293,7 @@ Verb AddAlarm(CLI::App& app) {
   command.require_subcommand(1);
   AddLineOptions(command, arguments->line);
   command.add_flag("--json", arguments->json, "One JSON object");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
   for (const Operation& operation : kOperations) {
     CLI::App& subcommand =

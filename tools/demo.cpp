@@ -1,7 +1,6 @@
 #include "tools/demo.h"
 
 #include <chrono>
-#include <functional>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -20,7 +19,9 @@
 #include "sim/room.h"
 #include "sim/scenario.h"
 #include "tools/kinds.h"
+#include "tools/picture_progress.h"
 #include "tools/poller.h"
+#include "tools/report.h"
 #include "tools/scratch_directory.h"
 #include "tools/snapshot.h"
 #include "tools/text.h"
@@ -28,6 +29,7 @@
 namespace fieldline::tool {
 namespace {
 
+using nlohmann::ordered_json;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -36,9 +38,30 @@ constexpr char kExamples[] =
     "application would poll them.\n\n"
     "Examples:\n"
     "  fieldline demo\n"
-    "  fieldline demo --watch";
+    "  fieldline demo --watch\n"
+    "  fieldline demo --json --quiet | jq '{device, duration_ms}'";
 
-constexpr Kind kBoard = {"alarm", "alarm board", SERDAT_ALARM, "CHubAlarm", Protocol::kAlarm, 115200, 0, 0, {}};
+struct Arguments {
+  bool watch = false;
+  bool json = false;
+  bool quiet = false;
+};
+
+// What is asked of the alarm board, as a record.
+struct BoardAnswers {
+  DEVICE_STATUS status;
+  BYTE sms_result;
+};
+
+constexpr Field kBoardFields[] = {
+    {"status", offsetof(BoardAnswers, status), FieldType::kU8, 4, 0},
+    {"sms_result",       offsetof(BoardAnswers,                            sms_result),                        FieldType::kU8          },
+};
+
+constexpr Kind kBoard = {"alarm", "alarm board",        SERDAT_ALARM, "CHubAlarm", Protocol::kAlarm, 115200,
+                         0,       sizeof(BoardAnswers), kBoardFields};
+constexpr Kind kDisplay = {"display", "serial display", SERDAT_MONITOR, "CHubMonitor", Protocol::kLocal, 115200, 0, 0,
+                           {}};
 
 // Long ones are shortened in the middle.
 std::string ShortHex(const Bytes& bytes) {
@@ -49,23 +72,33 @@ std::string ShortHex(const Bytes& bytes) {
   return Hex(all.first(kHead)) + " ... " + Hex(all.last(kTail)) + " (" + std::to_string(all.size()) + " bytes)";
 }
 
+// A device of the simulated room, as it is polled.
+struct Target {
+  const Kind& kind;
+  const sim::RoomDevice& device;
+  std::string port;  // as shown; empty for the unit's own inputs
+};
+
 // The unit as an application sees it: the ports and drivers of the library, with a simulated room behind them.
 class Unit {
  public:
   // Pictures go below `flash_root`.
-  Unit(const sim::Room& room, std::string flash_root) : room_(room), flash_root_(std::move(flash_root)) {}
+  Unit(const sim::Room& room, std::string flash_root, const Arguments& arguments)
+      : room_(room), flash_root_(std::move(flash_root)), arguments_(arguments) {}
 
   // Polls a device and shows what came. False when it did not answer as it should.
   bool Poll(const sim::RoomDevice& device, const sim::RoomLine& line);
 
  private:
-  bool PollDriver(const Kind& kind, const sim::RoomDevice& device, ISerBase* port);
-  bool UseBoard(ISerBase& port);
-  bool UseDisplay(ISerBase& port);
-  bool Show(const PollResult& result, const std::function<void()>& show_values);
+  bool PollDriver(const Target& target, ISerBase* port);
+  bool UseBoard(const Target& target, ISerBase& port);
+  bool UseDisplay(const Target& target, ISerBase& port);
+  bool Show(const Target& target, const PollResult& result, const BYTE* record,
+            const std::optional<Snapshot>& snapshot = {}) const;
 
   const sim::Room& room_;
   const std::string flash_root_;
+  const Arguments& arguments_;
   Recorder recorder_;
 };
 
@@ -78,15 +111,27 @@ ISerBase& PortOf(std::string_view line) {
   return *port;
 }
 
+const Kind& KindOf(const sim::RoomDevice& device) {
+  if (device.kind == sim::kInputsKind) return RequireKind("di");
+  if (device.kind == kBoard.name) return kBoard;
+  if (device.kind == kDisplay.name) return kDisplay;
+  return RequireKind(device.kind);
+}
+
 bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
   const std::string path = room_.Path(line.name);
   const std::wstring name = std::wstring(line.name.begin(), line.name.end()) + L':';
   MapDevice(name.c_str(), path.c_str());
-  std::cout << device.name << ": " << device.kind;
-  if (device.address != 0) std::cout << " at address " << device.address;
   const std::string settings = line.baud != 0 ? std::to_string(line.baud) + ",n,8,1" : "";
-  std::cout << " on " << line.name << ':' << settings << " = " << path << '\n';
-  if (device.kind == sim::kInputsKind) return PollDriver(RequireKind("di"), device, nullptr);
+  Target target = {KindOf(device), device, std::string(line.name) + ':' + settings};
+  if (!arguments_.json) {
+    std::cout << device.name << ": " << Subject(target.kind, device.address) << " on " << target.port << " = " << path
+              << std::endl;
+  }
+  if (device.kind == sim::kInputsKind) {
+    target.port.clear();
+    return PollDriver(target, nullptr);
+  }
 
   // Time-outs in ms, more generous than a line needs: the devices share the processor with the polls.
   const int per_byte = static_cast<int>(10'000 / line.baud) + 2;
@@ -94,61 +139,59 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
   ISerBase& port = PortOf(line.name);
   port.SetTimeout(per_byte, kConstant);
   OpenLine open_line(port, recorder_);
-  if (device.kind == "alarm" || device.kind == "display") {
+  if (&target.kind == &kBoard || &target.kind == &kDisplay) {
     port.SetPort(line.name.back() - '0' + 1);  // COM3: is port 4
     port.SetBaud(static_cast<int>(line.baud));
-    return device.kind == "alarm" ? UseBoard(port) : UseDisplay(port);
+    return &target.kind == &kBoard ? UseBoard(target, port) : UseDisplay(target, port);
   }
-  const Line opened = {.shown = std::string(line.name) + ':' + settings,
+  const Line opened = {.shown = target.port,
                        .device = name,
                        .definition = name + std::wstring(settings.begin(), settings.end()),
                        .timeout = {}};
   if (const std::optional<Failure> failure = open_line.Open(opened)) {
-    std::cout << "  " << failure->message << "\n\n";
-    return false;
+    return Show(target, {.time = std::chrono::system_clock::now(), .duration = {}, .exchanges = {}, .failure = failure},
+                nullptr);
   }
-  return PollDriver(RequireKind(device.kind), device, &port);
+  return PollDriver(target, &port);
 }
 
-bool Unit::PollDriver(const Kind& kind, const sim::RoomDevice& device, ISerBase* port) {
-  CSensorBase* const driver = DriverOf(kind);
+bool Unit::PollDriver(const Target& target, ISerBase* port) {
+  CSensorBase* const driver = DriverOf(target.kind);
   if (driver == nullptr) throw std::bad_alloc();
-  PollResult result = PollOnce(kind, *driver, port, device.address, recorder_);
+  PictureProgress progress(port, arguments_.quiet);
+  progress.Begin(std::string(target.device.name));
+  PollResult result = PollOnce(target.kind, *driver, port, target.device.address, recorder_);
+  progress.End();
   std::optional<Snapshot> snapshot;
-  if (IsCamera(kind)) snapshot = FindSnapshot(kind, flash_root_, driver->m_pData, &result);
-  return Show(result, [&] {
-    PrintRecord(std::cout, kind.fields, driver->m_pData);
-    if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
-  });
+  if (IsCamera(target.kind)) snapshot = FindSnapshot(target.kind, flash_root_, driver->m_pData, &result);
+  return Show(target, result, driver->m_pData, snapshot);
 }
 
-bool Unit::UseBoard(ISerBase& port) {
+bool Unit::UseBoard(const Target& target, ISerBase& port) {
   CHubAlarm* const board = CHubAlarm::GetInstance();
   if (board == nullptr) throw std::bad_alloc();
-  DEVICE_STATUS status{};
-  BYTE verdict = 0;
+  BoardAnswers answers{};
   board->InitHandler(&port);
   const PollResult result = PollOnce(kBoard, &port, 0, recorder_, [&] {
     char number[] = "5550100";
     char text[] = "Water under the floor";
-    const bool good = board->Alm_ctrl_init() == 1 && board->Alm_get_status(&status) == 0 &&
-                      board->Alm_send_sms(number, text, &verdict) == 0;
+    const bool good = board->Alm_ctrl_init() == 1 && board->Alm_get_status(&answers.status) == 0 &&
+                      board->Alm_send_sms(number, text, &answers.sms_result) == 0;
     return good ? 1 : 0;
-  });
-  const bool good = Show(result, [&] {
-    std::cout << "  status      " << Hex(status.bytes) << "\n  sms_result  " << static_cast<int>(verdict) << '\n';
   });
   board->InitHandler(nullptr);
   CHubAlarm::FreeInstance();
-  return good;
+  return Show(target, result, reinterpret_cast<const BYTE*>(&answers));
 }
 
-bool Unit::UseDisplay(ISerBase& port) {
+// A display never answers: all that can fail is the sending.
+bool Unit::UseDisplay(const Target& target, ISerBase& port) {
   CHubMonitor* const display = CHubMonitor::GetInstance();
   if (display == nullptr) throw std::bad_alloc();
   CHubMonitor::InitHandler(&port);
   recorder_.Clear();
   PollResult result;
+  result.time = std::chrono::system_clock::now();
   const auto began = steady_clock::now();
   display->diwen_init();
   if (display->diwen_set_data(0x1000, 235) == 0 || display->diwen_set_display(1) == 0) {
@@ -158,10 +201,27 @@ bool Unit::UseDisplay(ISerBase& port) {
   result.exchanges = recorder_.Exchanges();
   CHubMonitor::InitHandler(nullptr);
   CHubMonitor::FreeInstance();
-  return Show(result, [] {});
+  return Show(target, result, nullptr);
 }
 
-bool Unit::Show(const PollResult& result, const std::function<void()>& show_values) {
+bool Unit::Show(const Target& target, const PollResult& result, const BYTE* record,
+                const std::optional<Snapshot>& snapshot) const {
+  if (arguments_.json) {
+    ordered_json json = {
+        {"schema",  kJsonSchema              },
+        {"time",    IsoTime(result.time)     },
+        {"line",    target.device.line       },
+        {"device",  target.device.name       },
+        {"kind",    target.kind.name         },
+        {"address", AddressToJson(target.kind, target.device.address)},
+        {"port",         target.port.empty() ? ordered_json() : ordered_json(target.port)                            },
+        {"ok",         !result.failure  }
+    };
+    AddOutcome(json, result, target.kind.fields, record);
+    if (snapshot) AddSnapshot(json, *snapshot);
+    PrintJson(json);
+    return !result.failure;
+  }
   for (const Exchange& exchange : result.exchanges) {
     std::cout << "  -> " << ShortHex(exchange.request) << '\n';
     if (!exchange.reply.empty()) std::cout << "  <- " << ShortHex(exchange.reply) << '\n';
@@ -169,13 +229,14 @@ bool Unit::Show(const PollResult& result, const std::function<void()>& show_valu
   if (result.failure) {
     std::cout << "  " << result.failure->message << '\n';
   } else {
-    show_values();
+    PrintRecord(std::cout, target.kind.fields, record);
+    if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
   }
   std::cout << "  " << Fixed(result.duration.count(), 1) << " ms\n" << std::endl;
   return !result.failure;
 }
 
-ExitCode Run(bool watch) {
+ExitCode Run(const Arguments& arguments) {
   CatchInterrupts();
   const ScratchDirectory scratch;
   const std::string flash_root = scratch.Path().string();
@@ -189,35 +250,39 @@ ExitCode Run(bool watch) {
 
   const sim::Scenario scenario = {.drift = true};
   sim::ScenarioPlayer player(scenario, room);
-  Unit unit(room, flash_root);
+  Unit unit(room, flash_root, arguments);
   int good = 0;
   int polls = 0;
   const auto began = steady_clock::now();
   do {
     for (const sim::RoomDevice& device : layout.devices) {
       if (Interrupted()) break;
-      if (watch) player.Advance(std::chrono::floor<milliseconds>(steady_clock::now() - began));
+      if (arguments.watch) player.Advance(std::chrono::floor<milliseconds>(steady_clock::now() - began));
       if (unit.Poll(device, sim::LineOf(layout, device))) ++good;
       ++polls;
     }
-  } while (watch && !Interrupted());
+  } while (arguments.watch && !Interrupted());
   const std::chrono::duration<double> duration = steady_clock::now() - began;
-  std::cout << good << " of " << polls << " polls were answered as they should be, in " << Fixed(duration.count(), 1)
-            << " s" << std::endl;
+  if (!arguments.quiet || !arguments.json) {
+    (arguments.json ? std::cerr : std::cout) << good << " of " << polls << " polls were answered as they should be, in "
+                                             << Fixed(duration.count(), 1) << " s" << std::endl;
+  }
   SetFlashRoot(nullptr);
-  const bool complete = watch || polls == static_cast<int>(layout.devices.size());
+  const bool complete = arguments.watch || polls == static_cast<int>(layout.devices.size());
   return complete && good == polls ? ExitCode::kGood : ExitCode::kSomeFailed;
 }
 
 }  // namespace
 
 Verb AddDemo(CLI::App& app) {
-  const auto watch = std::make_shared<bool>(false);
+  const auto arguments = std::make_shared<Arguments>();
   CLI::App& command =
       *app.add_subcommand("demo", "Poll every device of a simulated machine room, and show what passes");
   command.footer(kExamples);
-  command.add_flag("--watch", *watch, "Over and over, with values that wander, until Ctrl-C");
-  return {&command, [watch] { return Run(*watch); }};
+  command.add_flag("--watch", arguments->watch, "Over and over, with values that wander, until Ctrl-C");
+  command.add_flag("--json", arguments->json, "One JSON object a line");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
+  return {&command, [arguments] { return Run(*arguments); }};
 }
 
 }  // namespace fieldline::tool

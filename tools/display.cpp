@@ -36,6 +36,7 @@ constexpr int kUsualBaud = 115200;
 struct Arguments {
   LineArguments line;
   bool json = false;
+  bool quiet = false;  // there is nothing to leave out
   std::string trace;
   int address = 0;
   int value = 0;
@@ -130,6 +131,7 @@ Verb AddDisplay(CLI::App& app) {
   command.require_subcommand(1);
   AddLineOptions(command, arguments->line);
   command.add_flag("--json", arguments->json, "One JSON object");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
 
   CLI::App& set = *command.add_subcommand("set", "Write a variable")->fallthrough();

@@ -113,7 +113,7 @@ ReadTimeout ParseTimeout(const std::string& text) {
 
 }  // namespace
 
-void AddLineOptions(CLI::App& command, LineArguments& arguments) {
+void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::string& usual_timeout) {
   command
       .add_option("--port", arguments.port,
                   "Line: a device name (COM1, ESL3) or a path, with or without :baud,parity,data bits,stop bits")
@@ -121,7 +121,9 @@ void AddLineOptions(CLI::App& command, LineArguments& arguments) {
   command.add_option("--map", arguments.maps, "Path that stands for a device name, such as COM1=/dev/ttyUSB0")
       ->type_name("DEVICE=PATH")
       ->allow_extra_args(false);
-  command.add_option("--timeout", arguments.timeout, "Read time-out in ms: per byte asked for, and constant [6,100]")
+  command
+      .add_option("--timeout", arguments.timeout,
+                  "Read time-out in ms: per byte asked for, and constant [" + usual_timeout + ']')
       ->type_name("PER_BYTE,CONSTANT");
 }
 
@@ -131,6 +133,8 @@ void ApplyMaps(const LineArguments& arguments) {
     MapDevice(Widen(mapping.device).c_str(), mapping.path.c_str());
   }
 }
+
+bool NamesSettings(const LineArguments& arguments) { return !SplitPort(arguments.port).settings.empty(); }
 
 Line ResolveLine(const LineArguments& arguments, std::string_view usual_settings) {
   ApplyMaps(arguments);

@@ -15,8 +15,8 @@ struct LineArguments {
   std::string timeout;
 };
 
-// Adds --port, --map and --timeout to a subcommand.
-void AddLineOptions(CLI::App& command, LineArguments& arguments);
+// Adds --port, --map and --timeout to a subcommand. `usual_timeout` is for the help.
+void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::string& usual_timeout = "6,100");
 
 struct ReadTimeout {
   int per_byte;  // ms
@@ -33,6 +33,9 @@ struct Line {
 
 // Tells the library of each --map. Throws UsageError.
 void ApplyMaps(const LineArguments& arguments);
+
+// Whether --port has settings behind the device.
+bool NamesSettings(const LineArguments& arguments);
 
 // Reads the options; a path is mapped to a device name of its own, since a port's definition has no room for a long
 // one. A port without settings gets `usual_settings`. Throws UsageError.

@@ -24,7 +24,7 @@ void PictureProgress::OnSerWrite(const BYTE* data, int count) {
   reads_ = 0;
   received_ = 0;
   if (count == kReadFrameLength && data[2] == kReadFrame) {
-    Show("a picture of " + std::to_string(GetWordBE(data + 12)) + " bytes is coming");
+    Tell("a picture of " + std::to_string(GetWordBE(data + 12)) + " bytes is coming");
   }
 }
 
@@ -34,18 +34,7 @@ void PictureProgress::OnSerRead(const BYTE* data, int count) {
   if (reads_ == kHeadRead && count == 4) announced_ = GetWordLE(data + 2);
   if (reads_ < kFirstPicture) return;
   received_ += count;
-  Show(std::to_string(received_) + " of " + std::to_string(announced_) + " bytes");
-}
-
-void PictureProgress::Clear() {
-  if (shown_ == 0) return;
-  out_ << '\r' << std::string(shown_, ' ') << '\r' << std::flush;
-  shown_ = 0;
-}
-
-void PictureProgress::Show(const std::string& text) {
-  out_ << '\r' << text << std::string(shown_ > text.size() ? shown_ - text.size() : 0, ' ') << std::flush;
-  shown_ = std::max(shown_, text.size());
+  Tell(std::to_string(received_) + " of " + std::to_string(announced_) + " bytes");
 }
 
 }  // namespace fieldline::tool

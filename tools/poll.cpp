@@ -41,6 +41,7 @@ struct Arguments {
   int until_good = 0;
   std::chrono::milliseconds interval{1000};
   bool json = false;
+  bool quiet = false;
   std::string flash_root;
   std::string trace;
 };
@@ -52,35 +53,30 @@ struct Target {
   std::string port;  // as shown
 };
 
+// Null for a kind without a line.
+ordered_json PortToJson(const Target& target) {
+  return target.port.empty() ? ordered_json() : ordered_json(target.port);
+}
+
 ordered_json Head(const Target& target, Time time, bool ok) {
   return {
-      {"schema",  kJsonSchema     },
-      {"time",    IsoTime(time)   },
-      {"kind",    target.kind.name},
-      {"address", target.address  },
-      {"port",    target.port     },
-      {"ok",      ok              }
+      {"schema",  kJsonSchema              },
+      {"time",    IsoTime(time)            },
+      {"kind",    target.kind.name         },
+      {"address", AddressToJson(target.kind, target.address)},
+      {"port",         PortToJson(target)                            },
+      {"ok",         ok  }
   };
 }
 
-// Where there are no addresses none is shown.
-std::string Subject(const Target& target) {
-  std::string text(target.kind.name);
-  if (target.kind.address != 0) text += " at address " + std::to_string(target.address);
-  return text;
-}
+std::string Subject(const Target& target) { return Subject(target.kind, target.address); }
 
 void ShowPoll(const Target& target, const PollResult& result, const BYTE* record,
               const std::optional<Snapshot>& snapshot, bool json) {
   if (json) {
     ordered_json line = Head(target, result.time, !result.failure);
     AddOutcome(line, result, target.kind.fields, record);
-    if (snapshot) {
-      line["picture"] = {
-          {"path", snapshot->path},
-          {"size", snapshot->size}
-      };
-    }
+    if (snapshot) AddSnapshot(line, *snapshot);
     PrintJson(line);
   } else if (result.failure) {
     ShowFailure(Subject(target), *result.failure);
@@ -97,19 +93,17 @@ void ShowPoll(const Target& target, const PollResult& result, const BYTE* record
 ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBase& driver, ISerBase* port,
                     Recorder& recorder) {
   const bool camera = IsCamera(target.kind);
-  const bool shows_progress = camera && arguments.trace != "-" && IsTerminal(Stream::kError);
-  PictureProgress progress(std::cerr);
-  if (shows_progress) port->InsertObserver(&progress);
-
+  PictureProgress progress(port, arguments.quiet || arguments.trace == "-");
   const int most = arguments.until_good != 0 ? arguments.until_good : arguments.count;
   Statistics statistics;
   std::optional<Failure> last_failure;
   auto next = std::chrono::steady_clock::now();
   for (int done = 0; !Interrupted();) {
+    progress.Begin(Subject(target));
     PollResult result = PollOnce(target.kind, driver, port, target.address, recorder);
     std::optional<Snapshot> snapshot;
     if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver.m_pData, &result);
-    progress.Clear();
+    progress.End();
     statistics.Add(result);
     ShowPoll(target, result, driver.m_pData, snapshot, arguments.json);
     last_failure = result.failure;
@@ -121,13 +115,15 @@ ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBas
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
     if (wait.count() > 0) SleepUnlessInterrupted(static_cast<int>(wait.count()));
   }
-  if (shows_progress) port->RemoveObserver(&progress);
-  if (most != 1) statistics.Print(std::cerr);
+  if (most != 1 && !arguments.quiet) statistics.Print(std::cerr);
   return arguments.until_good != 0 && !last_failure ? ExitCode::kGood : statistics.Result();
 }
 
 ExitCode Run(const Arguments& arguments) {
   const Kind& kind = RequireKind(arguments.kind);
+  if (arguments.address && !kind.HasAddress()) {
+    throw UsageError(arguments.kind + " has no address; leave out --address");
+  }
   Target target{kind, arguments.address.value_or(kind.address), {}};
   CSensorBase* const driver = DriverOf(kind);
   if (driver == nullptr) throw std::bad_alloc();
@@ -182,6 +178,7 @@ Verb AddPoll(CLI::App& app) {
               [arguments](std::chrono::milliseconds interval) { arguments->interval = interval; });
   AddFlashRoot(command, arguments->flash_root);
   command.add_flag("--json", arguments->json, "One JSON object a line");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
   return {&command, [arguments] { return Run(*arguments); }};
 }

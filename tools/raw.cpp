@@ -172,7 +172,7 @@ Verb AddRaw(CLI::App& app) {
   AddDuration(command, "--wait", "For the first byte, without --read [1s]",
               [arguments](std::chrono::milliseconds wait) { arguments->wait = wait; });
   command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--quiet", arguments->quiet, "Don't repeat on standard error what was sent");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
   return {&command, [arguments] { return Run(*arguments); }};
 }

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <chrono>
-#include <fstream>
-#include <ostream>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "fieldline/serial/i_ser_observer.h"
 #include "tools/text.h"
+#include "tools/trace_option.h"
 
 namespace fieldline::tool {
 
@@ -29,9 +28,8 @@ struct Exchange {
 // Keeps what passes during a poll, and shows it if asked.
 class Recorder : public ISerObserver {
  public:
-  // `trace`: where to show it as it passes, with what it means: "-" for standard error, a path for a file, which is
-  // made anew, or nowhere. Throws UsageError when the file can't be written.
-  explicit Recorder(const std::string& trace = {});
+  // `trace`: where to show it as it passes, with what it means.
+  explicit Recorder(const std::string& trace = {}) : trace_(trace) {}
 
   void OnSerRead(const BYTE* data, int count) override { Add(false, data, count); }
   void OnSerWrite(const BYTE* data, int count) override { Add(true, data, count); }
@@ -44,8 +42,7 @@ class Recorder : public ISerObserver {
   void Add(bool sent, const BYTE* data, int count);
   void Show(const Block& block);
 
-  std::ofstream trace_file_;
-  std::ostream* trace_ = nullptr;
+  TraceOutput trace_;
   std::vector<Block> blocks_;
 };
 

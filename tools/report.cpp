@@ -13,6 +13,10 @@ void PrintJson(const ordered_json& json) {
   std::cout << json.dump(-1, ' ', false, ordered_json::error_handler_t::replace) << std::endl;
 }
 
+ordered_json AddressToJson(const Kind& kind, int address) {
+  return kind.HasAddress() ? ordered_json(address) : ordered_json();
+}
+
 ordered_json FailureToJson(const Failure& failure) {
   return {
       {"code",    failure.code        },
@@ -31,6 +35,12 @@ void AddOutcome(ordered_json& json, const PollResult& result, Fields fields, con
   json["record"] = RecordToJson(fields, record);
   const ordered_json physical = PhysicalToJson(fields, record);
   if (!physical.empty()) json["physical"] = physical;
+}
+
+std::string Subject(const Kind& kind, int address) {
+  std::string text(kind.name);
+  if (kind.HasAddress()) text += " at address " + std::to_string(address);
+  return text;
 }
 
 void ShowFailure(const std::string& subject, const Failure& failure) {

@@ -19,6 +19,7 @@
 #include "tools/number_option.h"
 #include "tools/poller.h"
 #include "tools/probe_port.h"
+#include "tools/progress.h"
 #include "tools/report.h"
 #include "tools/text.h"
 #include "tools/trace_option.h"
@@ -30,11 +31,11 @@ using nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
 
 constexpr char kExamples[] =
-    "A device is found when the driver of a kind accepts what it answers; several kinds may accept one device. "
-    "Without\n"
-    "--timeout an answer has to begin within 50 ms and the time of eleven characters.\n\n"
+    "A device is found when the driver of a kind accepts what it answers; several kinds may accept one device.\n"
+    "Without settings behind --port each kind is looked for at its usual ones. Without --timeout an answer has to\n"
+    "begin within 50 ms and the time of eleven characters.\n\n"
     "Examples:\n"
-    "  fieldline scan --port /dev/ttyUSB0:9600,n,8,1\n"
+    "  fieldline scan --port /dev/ttyUSB0\n"
     "  fieldline scan envir onoff --port /dev/ttyUSB0:2400,n,8,1 --from 1 --to 32\n"
     "  fieldline scan battery --port /dev/ttyUSB0 --timeout 2,300 --json";
 
@@ -61,7 +62,7 @@ std::vector<const Kind*> ScannedKinds(const std::vector<std::string>& names) {
   std::vector<const Kind*> kinds;
   for (const std::string& name : names) {
     const Kind& kind = RequireKind(name);
-    if (kind.address == 0) throw UsageError(name + " has no address to look for; use fieldline poll");
+    if (!kind.HasAddress()) throw UsageError(name + " has no address to look for; use fieldline poll");
     kinds.push_back(&kind);
   }
   if (!kinds.empty()) return kinds;
@@ -72,11 +73,7 @@ std::vector<const Kind*> ScannedKinds(const std::vector<std::string>& names) {
 }
 
 // Address by address. Modbus devices have 1 to 247.
-std::vector<Probe> PlanProbes(const Arguments& arguments) {
-  if (arguments.from && arguments.to && *arguments.from > *arguments.to) {
-    throw UsageError("--from is above --to; nothing lies between them");
-  }
-  const std::vector<const Kind*> kinds = ScannedKinds(arguments.kinds);
+std::vector<Probe> PlanProbes(const Arguments& arguments, const std::vector<const Kind*>& kinds) {
   std::vector<Probe> probes;
   for (int address = 0; address <= 255; ++address) {
     for (const Kind* const kind : kinds) {
@@ -89,18 +86,40 @@ std::vector<Probe> PlanProbes(const Arguments& arguments) {
   return probes;
 }
 
-// What most of the kinds are usually set to.
-std::string UsualSettings(const std::vector<Probe>& probes) {
-  const auto same = [&](const Probe& probe) { return probe.kind.baud == probes.front().kind.baud; };
-  return std::all_of(probes.begin(), probes.end(), same) ? probes.front().kind.UsualSettings() : "9600,n,8,1";
-}
-
 // A device begins to answer after 50 ms and ten characters at the latest; characters have up to 11 bits.
 ReadTimeout ProbeTimeout(const Line& line) {
   LineSettings settings;
   ParseLineSettings(line.definition.c_str(), &settings);
   const int character = 1 + static_cast<int>(11'000 / settings.baud);  // ms
   return {character, 50 + 10 * character};
+}
+
+// What is probed with the same settings.
+struct Pass {
+  Line line;
+  std::vector<Probe> probes;
+};
+
+// One pass with the settings that were given; without any, one for the usual settings of each kind.
+std::vector<Pass> PlanPasses(const Arguments& arguments) {
+  if (arguments.from && arguments.to && *arguments.from > *arguments.to) {
+    throw UsageError("--from is above --to; nothing lies between them");
+  }
+  std::vector<std::pair<std::string, std::vector<const Kind*>>> groups;
+  for (const Kind* const kind : ScannedKinds(arguments.kinds)) {
+    const std::string settings = NamesSettings(arguments.line) ? "" : kind->UsualSettings();
+    auto group = std::ranges::find(groups, settings, [](const auto& g) { return g.first; });
+    if (group == groups.end()) group = groups.insert(group, {settings, {}});
+    group->second.push_back(kind);
+  }
+  std::vector<Pass> passes;
+  for (const auto& [settings, kinds] : groups) {
+    Pass pass = {ResolveLine(arguments.line, settings), PlanProbes(arguments, kinds)};
+    if (!pass.line.timeout) pass.line.timeout = ProbeTimeout(pass.line);
+    if (!pass.probes.empty()) passes.push_back(std::move(pass));
+  }
+  if (passes.empty()) throw UsageError("no kind has an address in that range; Modbus devices have 1 to 247");
+  return passes;
 }
 
 std::size_t ReplyBytes(const PollResult& result) {
@@ -130,35 +149,6 @@ std::optional<int> ReplyAddress(const Probe& probe, const PollResult& result) {
   if (probe.kind.protocol == Protocol::kHexAscii && reply.size() >= 5) return GetHexByte(&reply[3]);
   return std::nullopt;
 }
-
-// One line on standard error, drawn over and over, when that is a terminal.
-class Progress {
- public:
-  Progress(std::size_t probes, bool quiet) : probes_(probes), drawing_(!quiet && IsTerminal(Stream::kError)) {}
-
-  void Draw(std::size_t done, int address, int found) {
-    const Clock::time_point now = Clock::now();
-    if (!drawing_ || now - drawn_ < std::chrono::milliseconds(200)) return;
-    drawn_ = now;
-    std::cerr << "\r\033[Kaddress " << address << ", " << done * 100 / probes_ << " %, " << found << " found";
-    if (done > 0) {
-      const auto left = (now - began_) * static_cast<long>(probes_ - done) / static_cast<long>(done);
-      const auto seconds = std::chrono::ceil<std::chrono::seconds>(left).count();
-      std::cerr << ", " << seconds / 60 << " min " << seconds % 60 << " s left";
-    }
-    std::cerr << std::flush;
-  }
-
-  void Clear() const {
-    if (drawing_) std::cerr << "\r\033[K" << std::flush;
-  }
-
- private:
-  const std::size_t probes_;
-  const bool drawing_;
-  const Clock::time_point began_ = Clock::now();
-  Clock::time_point drawn_{};
-};
 
 void Show(const Probe& probe, const PollResult& result, const Line& line, bool json) {
   const std::optional<int> carried = ReplyAddress(probe, result);
@@ -210,42 +200,80 @@ struct AddressResult {
 
 class Scan {
  public:
-  Scan(const Arguments& arguments, const Line& line, ISerBase& port, Recorder& recorder, std::vector<Probe> probes)
+  explicit Scan(const Arguments& arguments)
       : arguments_(arguments),
-        line_(line),
-        port_(port),
-        recorder_(recorder),
-        probes_(std::move(probes)),
-        progress_(probes_.size(), arguments.quiet) {}
+        passes_(PlanPasses(arguments)),
+        recorder_(arguments.trace),
+        progress_(nullptr, arguments.quiet || arguments.trace == "-") {
+    for (const Pass& pass : passes_) probes_ += pass.probes.size();
+  }
 
   ExitCode Run() {
-    for (std::size_t i = 0; i < probes_.size() && !Interrupted(); ++i) {
-      const Probe& probe = probes_[i];
-      progress_.Draw(i, probe.address, found_);
-      if (const std::optional<ExitCode> end = Ask(probe)) return *end;
-      const bool last = i + 1 == probes_.size() || probes_[i + 1].address != probe.address;
-      if (last || Interrupted()) {
-        if (!EndAddress()) return ExitCode::kRefusedReply;
+    OpenLine open_line(port_, recorder_);
+    progress_.Begin("scan");
+    bool found = false;
+    bool refused = false;
+    for (const Pass& pass : passes_) {
+      if (const std::optional<Failure> failure = open_line.Open(pass.line)) {
+        ShowNoLine(pass.line, *failure);
+        return failure->exit;
       }
+      CatchInterrupts();
+      counts_ = {};
+      if (const std::optional<ExitCode> end = ProbeAll(pass)) return *end;
+      Conclude(pass.line);
+      found |= counts_.found > 0;
+      refused |= counts_.refused > 0;
+      if (Interrupted()) break;
     }
-    progress_.Clear();
-    return Conclude();
+    if (found) return ExitCode::kGood;
+    return refused ? ExitCode::kRefusedReply : ExitCode::kNoAnswer;
   }
 
  private:
-  // Probes; a value ends the scan.
-  std::optional<ExitCode> Ask(const Probe& probe) {
+  struct Counts {
+    int addresses = 0;  // probed
+    int answered = 0;   // of these
+    int refused = 0;
+    int echoes = 0;
+    int found = 0;  // a device that two kinds accept counts twice
+  };
+
+  // A value ends the scan.
+  std::optional<ExitCode> ProbeAll(const Pass& pass) {
+    for (std::size_t i = 0; i < pass.probes.size() && !Interrupted(); ++i) {
+      const Probe& probe = pass.probes[i];
+      TellProgress(pass.line, probe.address);
+      if (const std::optional<ExitCode> end = Ask(pass.line, probe)) return end;
+      ++done_;
+      const bool last = i + 1 == pass.probes.size() || pass.probes[i + 1].address != probe.address;
+      if ((last || Interrupted()) && !EndAddress(pass.line)) return ExitCode::kRefusedReply;
+    }
+    return std::nullopt;
+  }
+
+  void TellProgress(const Line& line, int address) {
+    std::string text =
+        line.shown + ", address " + std::to_string(address) + ", " + std::to_string(done_ * 100 / probes_) + " %";
+    if (done_ > 0) {
+      const auto left = (Clock::now() - began_) * static_cast<long>(probes_ - done_) / static_cast<long>(done_);
+      const auto seconds = std::chrono::ceil<std::chrono::seconds>(left).count();
+      text += ", " + std::to_string(seconds / 60) + " min " + std::to_string(seconds % 60) + " s left";
+    }
+    progress_.Tell(text);
+  }
+
+  std::optional<ExitCode> Ask(const Line& line, const Probe& probe) {
     CSensorBase* const driver = DriverOf(probe.kind);
     if (driver == nullptr) throw std::bad_alloc();
     const PollResult result = PollOnce(probe.kind, *driver, &port_, probe.address, recorder_);
     if (!result.failure) {
-      progress_.Clear();
-      Show(probe, result, line_, arguments_.json);
-      ++found_;
+      progress_.Erase();
+      Show(probe, result, line, arguments_.json);
+      ++counts_.found;
       here_.accepted = true;
     } else if (result.failure->exit == ExitCode::kNoLine) {
-      progress_.Clear();
-      ShowFailure(line_.shown, *result.failure);
+      ShowNoLine(line, *result.failure);
       return ExitCode::kNoLine;
     } else if (result.failure->exit == ExitCode::kRefusedReply && !here_.refused) {
       here_.refused = result;
@@ -255,74 +283,62 @@ class Scan {
   }
 
   // False when the line only gives back what is sent.
-  bool EndAddress() {
+  bool EndAddress(const Line& line) {
     constexpr int kEnoughEchoes = 3;
     const AddressResult here = std::exchange(here_, {});
-    ++addresses_;
+    ++counts_.addresses;
     if (!here.accepted && !here.refused) return true;
-    ++answered_;
+    ++counts_.answered;
     if (here.accepted) return true;
-    ++refused_;
-    progress_.Clear();
-    Show(*here.refused_probe, *here.refused, line_, arguments_.json);
-    if (here.refused->failure->code == "echo" && ++echoes_ == kEnoughEchoes && echoes_ == addresses_) {
+    ++counts_.refused;
+    progress_.Erase();
+    Show(*here.refused_probe, *here.refused, line, arguments_.json);
+    if (here.refused->failure->code == "echo" && ++counts_.echoes == kEnoughEchoes &&
+        counts_.echoes == counts_.addresses) {
       Warn("every address gives the request back; the scan ends, see to the wiring or the adapter's echo first");
       return false;
     }
     return true;
   }
 
-  ExitCode Conclude() const {
+  void Conclude(const Line& line) {
     constexpr int kSuspicious = 8;
-    if (addresses_ >= kSuspicious && answered_ == addresses_) {
+    progress_.Erase();
+    if (counts_.addresses >= kSuspicious && counts_.answered == counts_.addresses) {
       Warn("every address answers: one device that answers to all of them, or noise, is likelier than so many devices");
     }
     if (!arguments_.quiet) {
-      std::cerr << (Interrupted() ? "interrupted: " : "") << addresses_ << (addresses_ == 1 ? " address" : " addresses")
-                << " probed on " << line_.shown << ", " << found_ << " found\n";
+      std::cerr << (Interrupted() ? "interrupted: " : "") << counts_.addresses
+                << (counts_.addresses == 1 ? " address" : " addresses") << " probed on " << line.shown << ", "
+                << counts_.found << " found\n";
     }
-    if (found_ > 0) return ExitCode::kGood;
-    return refused_ > 0 ? ExitCode::kRefusedReply : ExitCode::kNoAnswer;
+  }
+
+  void ShowNoLine(const Line& line, const Failure& failure) {
+    progress_.End();
+    if (!arguments_.json) {
+      ShowFailure("scan", failure);
+      return;
+    }
+    PrintJson({
+        {"schema", kJsonSchema           },
+        {"port",   line.shown            },
+        {"ok",     false                 },
+        {"error",  FailureToJson(failure)}
+    });
   }
 
   const Arguments& arguments_;
-  const Line& line_;
-  ISerBase& port_;
-  Recorder& recorder_;
-  const std::vector<Probe> probes_;
+  const std::vector<Pass> passes_;
+  ProbePort port_;
+  Recorder recorder_;
   Progress progress_;
   AddressResult here_;
-  int addresses_ = 0;  // probed
-  int answered_ = 0;   // of these
-  int refused_ = 0;
-  int echoes_ = 0;
-  int found_ = 0;  // a device that two kinds accept counts twice
+  Counts counts_;  // of the pass
+  std::size_t probes_ = 0;
+  std::size_t done_ = 0;
+  const Clock::time_point began_ = Clock::now();
 };
-
-ExitCode Run(const Arguments& arguments) {
-  std::vector<Probe> probes = PlanProbes(arguments);
-  if (probes.empty()) throw UsageError("no kind has an address in that range; Modbus devices have 1 to 247");
-  Line line = ResolveLine(arguments.line, UsualSettings(probes));
-  if (!line.timeout) line.timeout = ProbeTimeout(line);
-  Recorder recorder(arguments.trace);
-  ProbePort port;
-  OpenLine open_line(port, recorder);
-  if (const std::optional<Failure> failure = open_line.Open(line)) {
-    if (arguments.json) {
-      PrintJson({
-          {"schema", kJsonSchema            },
-          {"port",   line.shown             },
-          {"ok",     false                  },
-          {"error",  FailureToJson(*failure)}
-      });
-    } else {
-      ShowFailure("scan", *failure);
-    }
-    return failure->exit;
-  }
-  CatchInterrupts();
-  return Scan(arguments, line, port, recorder, std::move(probes)).Run();
-}
 
 }  // namespace
 
@@ -331,15 +347,15 @@ Verb AddScan(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("scan", "Look for devices on a line, address by address");
   command.footer(kExamples);
   command.add_option("KIND", arguments->kinds, "Kinds to look for [all with Modbus RTU alone]")->type_name("");
-  AddLineOptions(command, arguments->line);
+  AddLineOptions(command, arguments->line, "as above");
   AddNumber(command, "--from", 0, 255, "First address [1 for Modbus, else 0]",
             [arguments](int address) { arguments->from = address; });
   AddNumber(command, "--to", 0, 255, "Last address [247 for Modbus, else 255]",
             [arguments](int address) { arguments->to = address; });
   command.add_flag("--json", arguments->json, "One JSON object a line for each answer");
-  command.add_flag("--quiet", arguments->quiet, "No progress and no summary on standard error");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
-  return {&command, [arguments] { return Run(*arguments); }};
+  return {&command, [arguments] { return Scan(*arguments).Run(); }};
 }
 
 }  // namespace fieldline::tool

@@ -25,6 +25,7 @@
 #include "tools/scratch_directory.h"
 #include "tools/sim_report.h"
 #include "tools/text.h"
+#include "tools/trace_option.h"
 
 namespace fieldline::tool {
 namespace {
@@ -53,7 +54,8 @@ struct Arguments {
   std::string image;
   bool drift = false;
   bool one_line = false;
-  bool trace = false;
+  bool quiet = false;
+  std::string trace;
   bool list = false;
 };
 
@@ -189,6 +191,7 @@ ExitCode Run(const Arguments& arguments) {
     for (const sim::RoomLine& line : layout.lines) links->RequireFree(line.name);
   }
 
+  TraceOutput trace(arguments.trace);
   CatchInterrupts();
   // Only the room has inputs, which need a file.
   std::optional<ScratchDirectory> scratch;
@@ -199,7 +202,7 @@ ExitCode Run(const Arguments& arguments) {
     sim::Line* const serial = room.FindLine(line.name);
     if (serial == nullptr) continue;
     room.SetFaults(line.name, rules);
-    if (arguments.trace) TraceLine(line.name, *serial);
+    if (trace.IsWanted()) TraceLine(line.name, *serial, trace);
   }
   for (const sim::RoomDevice& device : layout.devices) {
     if (sim::Device* const on_line = room.FindDevice(device.name)) ShowWhatArrives(*on_line);
@@ -219,7 +222,7 @@ ExitCode Run(const Arguments& arguments) {
   std::cout << "seed " << seed << '\n';
   const PathOf path_of = [&](std::string_view line) { return links ? links->Path(line) : room.Path(line); };
   (whole_room ? PrintRoom : PrintDevices)(layout, path_of);
-  std::cerr << "Ctrl-C ends the simulation\n";
+  if (!arguments.quiet) std::cerr << "Ctrl-C ends the simulation\n";
 
   constexpr int kStep = 100;  // ms
   const auto began = std::chrono::steady_clock::now();
@@ -254,7 +257,8 @@ Verb AddSim(CLI::App& app) {
             [arguments](int seed) { arguments->seed = seed; });
   command.add_flag("--drift", arguments->drift, "Let the values wander");
   command.add_flag("--one-line", arguments->one_line, "All devices on one line, at addresses in a row");
-  command.add_flag("--trace", arguments->trace, "Show requests and replies on standard error; times are UTC");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
+  AddTraceOption(command, arguments->trace);
   command.add_flag("--list", arguments->list, "List the kinds and their values, and end");
   return {&command, [arguments] { return Run(*arguments); }};
 }

@@ -1,9 +1,7 @@
 #include "tools/sim_report.h"
 
-#include <chrono>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -92,19 +90,13 @@ void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of) {
   std::cout << std::flush;
 }
 
-void TraceLine(std::string_view name, sim::Line& line) {
+void TraceLine(std::string_view name, sim::Line& line, TraceOutput& trace) {
   line.SetListener(
-      [name = std::string(name), request = Bytes()](sim::Traffic traffic, std::span<const BYTE> bytes) mutable {
+      [&trace, name = std::string(name), request = Bytes()](sim::Traffic traffic, std::span<const BYTE> bytes) mutable {
         const bool is_reply = traffic == sim::Traffic::kReply;
         if (!is_reply) request.assign(bytes.begin(), bytes.end());
-        const std::string meaning = is_reply ? DescribeReply(request, bytes) : DescribeRequest(bytes);
-        const std::string head =
-            ClockTime(std::chrono::system_clock::now()) + ' ' + name + std::string(TrafficMark(traffic));
-
-        static std::mutex mutex;
-        const std::lock_guard lock(mutex);
-        std::cerr << head << Hex(bytes) << '\n';
-        if (!meaning.empty()) std::cerr << std::string(head.size(), ' ') << meaning << '\n';
+        trace.Show(name + std::string(TrafficMark(traffic)), bytes,
+                   is_reply ? DescribeReply(request, bytes) : DescribeRequest(bytes));
       });
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "sim/room.h"
+#include "tools/trace_option.h"
 
 namespace fieldline::tool {
 
@@ -20,9 +21,9 @@ using PathOf = std::function<std::string(std::string_view line)>;
 void PrintRoom(const sim::RoomLayout& layout, const PathOf& path_of);
 void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of);
 
-// Shows what passes on a line of that name, on standard error, and on standard output what arrives at an alarm board or
-// a display. Before the line starts.
-void TraceLine(std::string_view name, sim::Line& line);
+// Shows what passes on a line of that name on `trace`, which outlives the line, and on standard output what arrives at
+// an alarm board or a display. Before the line starts.
+void TraceLine(std::string_view name, sim::Line& line, TraceOutput& trace);
 void ShowWhatArrives(sim::Device& device);
 
 }  // namespace fieldline::tool

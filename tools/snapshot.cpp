@@ -47,6 +47,13 @@ void UseFlashRoot(const std::string& directory) {
   if (SetFlashRoot(directory.c_str()) == 0) throw std::bad_alloc();
 }
 
+void AddSnapshot(nlohmann::ordered_json& json, const Snapshot& snapshot) {
+  json["picture"] = {
+      {"path", snapshot.path},
+      {"size", snapshot.size}
+  };
+}
+
 std::optional<Snapshot> FindSnapshot(const Kind& kind, const std::string& flash_root, const BYTE* record,
                                      PollResult* result) {
   if (result->failure && !(kind.id == SERDAT_CAMERA_3GE && AnnouncesPicture(*result))) return std::nullopt;

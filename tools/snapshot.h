@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,9 @@ struct Snapshot {
   std::string path;
   std::size_t size;  // bytes
 };
+
+// Adds it to the JSON of its poll.
+void AddSnapshot(nlohmann::ordered_json& json, const Snapshot& snapshot);
 
 // The picture of a camera's last poll, which went below `flash_root`; empty stands for the library's own "/". A poll
 // that succeeded without a whole picture in its file becomes a failure; so does one that failed for want of the file,

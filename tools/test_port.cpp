@@ -10,6 +10,7 @@
 #include "fieldline/serial/hub_ser_test.h"
 #include "tools/kinds.h"
 #include "tools/line_option.h"
+#include "tools/picture_progress.h"
 #include "tools/poller.h"
 #include "tools/report.h"
 #include "tools/snapshot.h"
@@ -31,6 +32,7 @@ struct Arguments {
   std::vector<std::string> kinds;
   LineArguments line;
   std::string flash_root;
+  bool quiet = false;
   std::string trace;
 };
 
@@ -47,6 +49,7 @@ Target ParseTarget(const std::string& text) {
     throw UsageError(std::string(kind.name) + ": the test port has no driver for it; use fieldline poll");
   }
   if (at == std::string::npos) return {kind, kind.address};
+  if (!kind.HasAddress()) throw UsageError(std::string(kind.name) + " has no address; write it without @");
   const std::optional<long> address = ParseInteger(text.substr(at + 1));
   if (!address || *address < 0 || *address > 255) {
     throw UsageError('"' + text + "\": the address is a number from 0 to 255, such as " + std::string(kind.name) +
@@ -81,7 +84,7 @@ const BYTE* CopyOf(const CHubSerTest& port, ENUM_SERDATKIND kind) {
 }
 
 void Show(const Target& target, const PollResult& result, const CHubSerTest& port) {
-  const std::string subject = std::string(target.kind.name) + " at address " + std::to_string(target.address);
+  const std::string subject = Subject(target.kind, target.address);
   if (result.failure) {
     ShowFailure(subject, *result.failure);
     return;
@@ -112,9 +115,12 @@ ExitCode Run(const Arguments& arguments) {
   }
 
   Statistics statistics;
+  PictureProgress progress(port, arguments.quiet || arguments.trace == "-");
   for (const Target& target : targets) {
+    progress.Begin(Subject(target.kind, target.address));
     const PollResult result = PollOnce(target.kind, port, target.address, recorder,
                                        [&] { return port->GetData(target.kind.id, target.address); });
+    progress.End();
     statistics.Add(result);
     Show(target, result, *port);
     if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
@@ -132,6 +138,7 @@ Verb AddTestPort(CLI::App& app) {
       ->required();
   AddLineOptions(command, arguments->line);
   AddFlashRoot(command, arguments->flash_root);
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
   return {&command, [arguments] { return Run(*arguments); }};
 }

@@ -1,5 +1,11 @@
 #include "tools/trace_option.h"
 
+#include <chrono>
+#include <iostream>
+
+#include "tools/text.h"
+#include "tools/verb.h"
+
 namespace fieldline::tool {
 
 void AddTraceOption(CLI::App& command, std::string& trace) {
@@ -7,6 +13,26 @@ void AddTraceOption(CLI::App& command, std::string& trace) {
       "--trace{-}", trace,
       "Show every block of bytes and what it means on standard error, or with --trace=FILE in a file; times "
       "are UTC");
+}
+
+TraceOutput::TraceOutput(const std::string& trace) {
+  if (trace == "-") {
+    out_ = &std::cerr;
+  } else if (!trace.empty()) {
+    file_.open(trace);
+    if (!file_) throw UsageError("--trace=" + trace + ": the file can't be written; write a path that can");
+    out_ = &file_;
+  }
+}
+
+void TraceOutput::Show(std::string_view mark, std::span<const BYTE> bytes, std::string_view meaning) {
+  constexpr std::size_t kMostOnStandardError = 512;
+  const std::size_t most = out_ == &file_ ? SIZE_MAX : kMostOnStandardError;
+  const std::string head = ClockTime(std::chrono::system_clock::now()) + ' ' + std::string(mark);
+  const std::lock_guard lock(mutex_);
+  *out_ << head << Hex(bytes, most) << '\n';
+  if (!meaning.empty()) *out_ << std::string(head.size(), ' ') << meaning << '\n';
+  out_->flush();
 }
 
 }  // namespace fieldline::tool

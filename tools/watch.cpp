@@ -65,20 +65,24 @@ class Watched {
 
   // In place of what stands on the screen.
   void Draw() {
-    std::ostringstream table;
+    const auto now = DeviceView::Clock::now();
+    std::stringstream table;
     {
       const std::lock_guard lock(mutex_);
       std::vector<TableRow> rows = {DeviceView::Headings()};
-      for (const Device& device : devices_) rows.push_back(device.view.Row(DeviceView::Clock::now()));
+      for (const Device& device : devices_) rows.push_back(device.view.Row(now));
       PrintTable(table, rows);
     }
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(table, line);) lines.push_back(line);
     constexpr char kHome[] = "\033[H";
     constexpr char kClearLine[] = "\033[K";
     constexpr char kClearBelow[] = "\033[J";
-    const int columns = TerminalColumns(Stream::kOutput);
+    const TerminalSize size = SizeOfTerminal(Stream::kOutput);
     std::string screen = kHome;
-    std::istringstream lines(table.str());
-    for (std::string line; std::getline(lines, line);) screen += Clipped(line, columns) + kClearLine + '\n';
+    for (const std::string& line : OnePage(lines, size.rows, std::chrono::floor<std::chrono::seconds>(now - began_))) {
+      screen += Clipped(line, size.columns) + kClearLine + '\n';
+    }
     std::cout << screen << kClearBelow << std::flush;
   }
 
@@ -101,19 +105,20 @@ class Watched {
 
   static void PrintPoll(const Device& device, const PollResult& result, std::span<const BYTE> record) {
     ordered_json json = {
-        {"schema",  kJsonSchema             },
-        {"time",    IsoTime(result.time)    },
-        {"line",    device.line.name        },
-        {"device",  device.device.name      },
-        {"kind",    device.device.kind->name},
-        {"address", device.device.address   },
-        {"ok",      !result.failure         }
+        {"schema",  kJsonSchema                      },
+        {"time",    IsoTime(result.time)             },
+        {"line",    device.line.name                 },
+        {"device",  device.device.name               },
+        {"kind",    device.device.kind->name         },
+        {"address", AddressToJson(*device.device.kind, device.device.address)},
+        {"ok",         !result.failure                                      }
     };
     AddOutcome(json, result, device.device.fields, record.data());
     PrintJson(json);
   }
 
   const bool json_;
+  const DeviceView::Clock::time_point began_ = DeviceView::Clock::now();
   std::mutex mutex_;
   std::deque<Device> devices_;
   Statistics all_;
@@ -181,7 +186,7 @@ Verb AddWatch(CLI::App& app) {
   AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",
               [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; });
   command.add_flag("--json", arguments->json, "One JSON object a line");
-  command.add_flag("--quiet", arguments->quiet, "No statistics at the end");
+  command.add_flag("--quiet", arguments->quiet, kQuiet);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

@@ -69,6 +69,22 @@ std::string Sparkline(const std::deque<std::optional<double>>& readings) {
   return line;
 }
 
+std::vector<std::string> OnePage(const std::vector<std::string>& lines, int rows, std::chrono::seconds watched) {
+  constexpr int kPageSeconds = 5;
+  constexpr int kHeadings = 1;
+  const int total = static_cast<int>(lines.size()) - kHeadings;
+  if (total + kHeadings < rows) return lines;
+
+  const int per_page = std::max(1, rows - kHeadings - 2);  // the number of the page, and the line of the cursor
+  const int pages = (total + per_page - 1) / per_page;
+  const int page = static_cast<int>(watched.count() / kPageSeconds % pages);
+  const auto first = lines.begin() + kHeadings + page * per_page;
+  std::vector<std::string> shown = {lines.front()};
+  shown.insert(shown.end(), first, first + std::min(per_page, total - page * per_page));
+  shown.push_back("page " + std::to_string(page + 1) + " of " + std::to_string(pages));
+  return shown;
+}
+
 std::string Clipped(const std::string& text, int columns) {
   std::size_t end = 0;
   for (; end < text.size(); ++end) {

@@ -38,6 +38,10 @@ class DeviceView {
 // One character a reading, higher for more: between the least and the most of them, a dot for nothing.
 std::string Sparkline(const std::deque<std::optional<double>>& readings);
 
+// The lines of a table that go on a screen of that many rows: all, or the headings, a page of the rest that turns every
+// five seconds, and which page it is.
+std::vector<std::string> OnePage(const std::vector<std::string>& lines, int rows, std::chrono::seconds watched);
+
 // The first `columns` characters of a UTF-8 text.
 std::string Clipped(const std::string& text, int columns);
 

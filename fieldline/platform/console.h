@@ -8,8 +8,13 @@ enum class Stream { kInput, kOutput, kError };
 
 bool IsTerminal(Stream stream);
 
-// Columns of the terminal on `stream`, 80 where there is none.
-int TerminalColumns(Stream stream);
+struct TerminalSize {
+  int columns;
+  int rows;
+};
+
+// Of the terminal on `stream`; 80 columns and 24 rows where there is none.
+TerminalSize SizeOfTerminal(Stream stream);
 
 // From now on Ctrl-C and a termination request set a flag in place of ending the program; a second one ends it.
 void CatchInterrupts();

@@ -8,15 +8,15 @@
 
 #include "sim/alarm_board.h"
 #include "sim/display.h"
-#include "sim/line.h"
-#include "tests/support/run_tool.h"
 #include "tests/support/temp_directory.h"
+#include "tests/tools/simulated_line.h"
+#include "tests/tools/tool_process.h"
 
 namespace fieldline {
 namespace {
 
 using nlohmann::json;
-using test::ToolProcess;
+using test::kAnySpeed;
 using test::ToolResult;
 using testing::HasSubstr;
 
@@ -30,7 +30,7 @@ class BoardVerbTest : public testing::Test {
   static ToolResult Run(std::vector<std::string> arguments, const sim::Line& line,
                         const std::string& timeout = "0,20000") {
     arguments.insert(arguments.end(), {"--timeout", timeout, "--port", line.Path()});
-    return ToolProcess(FIELDLINE_TOOL, arguments).Finish();
+    return test::RunTool(arguments);
   }
 
   void SetValue(const char* name, const char* value) {
@@ -40,12 +40,8 @@ class BoardVerbTest : public testing::Test {
 
   std::latch display_changes_{4};  // outlives the line
 
-  sim::Line board_line_{
-      {.any_baud = true, .paced = false}
-  };
-  sim::Line display_line_{
-      {.any_baud = true, .paced = false}
-  };
+  sim::Line board_line_{kAnySpeed};
+  sim::Line display_line_{kAnySpeed};
   sim::AlarmBoard& board_ = board_line_.Add(std::make_unique<sim::AlarmBoard>());
   sim::Display& display_ = display_line_.Add(std::make_unique<sim::Display>());
 };

@@ -16,8 +16,8 @@
 
 #include "sim/room.h"
 #include "sim/scenario.h"
-#include "tests/support/run_tool.h"
 #include "tests/support/temp_directory.h"
+#include "tests/tools/tool_process.h"
 #include "tools/link_directory.h"
 #include "tools/scenario_file.h"
 
@@ -184,7 +184,7 @@ TEST_F(BadNight, NoWrongValueNoStarvedLineNoLeak) {
   Play(0ms);
   PointLinks();
   const auto began = std::chrono::steady_clock::now();
-  ToolProcess watch(FIELDLINE_TOOL, {"watch", WriteSite(), "--json", "--duration", "60s"});
+  ToolProcess watch({"watch", WriteSite(), "--json", "--duration", "60s"});
   const pid_t process = watch.id();
   ToolResult result;
   std::jthread reader([&] { result = watch.Finish(); });

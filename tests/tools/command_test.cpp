@@ -1,20 +1,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 
-#include "sim/catalog.h"
-#include "tests/support/run_tool.h"
+#include "tests/support/temp_directory.h"
+#include "tests/tools/simulated_line.h"
+#include "tests/tools/tool_process.h"
 
 namespace fieldline {
 namespace {
 
+using nlohmann::json;
+using test::kAnySpeed;
+using test::Output;
+using test::RunTool;
 using test::ToolProcess;
 using test::ToolResult;
-using test::Words;
 using testing::HasSubstr;
-
-ToolResult RunTool(const std::string& arguments) { return ToolProcess(FIELDLINE_TOOL, Words(arguments)).Finish(); }
+using testing::StartsWith;
 
 TEST(Command, SaysWhatIsWrongWithAnArgument) {
   const struct {
@@ -80,8 +85,9 @@ ToolResult RunSuggestion(const std::string& output, int nth, const std::string& 
 }
 
 TEST(Sim, SuggestsCommandsThatWork) {
-  ToolProcess sim(FIELDLINE_TOOL, Words("sim envir elec-y envir --one-line --baud 19200 --address 7 --seed 5 --trace "
-                                        "--set humidity=29.1 --set elec-y.single=4990"));
+  ToolProcess sim(
+      "sim envir elec-y envir --one-line --baud 19200 --address 7 --seed 5 --trace "
+      "--set humidity=29.1 --set elec-y.single=4990");
   ASSERT_TRUE(sim.WaitForOutput("poll envir --address 9 --port /dev/pts/"));
   ASSERT_TRUE(sim.WaitForOutput(":19200,n,8,1\nenvir at address 9"));
   EXPECT_THAT(sim.output(), HasSubstr("seed 5\n"));
@@ -99,18 +105,98 @@ TEST(Sim, SuggestsCommandsThatWork) {
 }
 
 TEST(Sim, InjuresRepliesAsTold) {
-  ToolProcess sim(FIELDLINE_TOOL, Words("sim envir --fault truncate:nth=1 --fault corrupt:p=0,every=2"));
+  ToolProcess sim("sim envir --fault truncate:nth=1 --fault corrupt:p=0,every=2");
   ASSERT_TRUE(sim.WaitForOutput(":2400,n,8,1\n"));
   const ToolResult result = RunSuggestion(sim.output(), 1, " --timeout 0,1000 --count 3 --interval 0");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("3 polls, 1 good, 2 failed"));
 }
 
+// What differs from run to run.
+std::string WithoutNumbers(std::string text) {
+  std::erase_if(text, [](char c) { return c == '\r' || c == ' ' || (c >= '0' && c <= '9'); });
+  return text;
+}
+
+TEST(EveryVerb, SaysTheSameOnAPipeAndOnATerminal) {
+  const TempDirectory directory;
+  const std::string room = directory.Path("room");
+  directory.WriteFile("site.json",
+                      R"({"lines": {"A": {"path": ")" + room + R"(/ESL2", "settings": "9600,n,8,1", "timeout": "0,400",
+                          "devices": {"floor": {"kind": "leak", "interval": 0}}}}})");
+  ToolProcess sim("sim --quiet --links " + room);
+  ASSERT_TRUE(sim.WaitForOutput(room + "/EIO1\n"));
+  const struct {
+    std::string words;
+    int status;
+    const char* out;
+    const char* err;
+  } cases[] = {
+      {"poll leak --timeout 0,400 --port " + room + "/ESL2",                         0, "\n  holding_register_1  100\n",  ""                          },
+      {"poll leak --timeout 0,100 --address 9 --port " + room + "/ESL2",             4, "",                               "leak at address 9: nothing"},
+      {"poll di --json --map EIO1=" + room + "/EIO1",                                0, "\"address\":null,\"port\":null", ""                          },
+      {"poll ups --json --timeout 0,400 --port " + room + "/ESL4",                   0, "\"address\":null,\"port\":\"/",  ""                          },
+      {"test-port onoff@2 --timeout 0,400 --port " + room + "/ESL2",                 0, "\n  input_1..12  ",              ""                          },
+      {"alarm signal --timeout 0,400 --port " + room + "/COM3",                      0, "\n  signal_quality  ",           ""                          },
+      {"display page 1 --port " + room + "/COM4",                                    0, "display page sent on ",          ""                          },
+      {"scan leak --quiet --from 1 --to 1 --timeout 0,400 --port " + room + "/ESL2", 0, "address 1: leak, ",              ""                          },
+      {"raw 010400000001 --append crc16 --timeout 0,200 --port " + room + "/ESL2",   0, "CRC good\n",                     "sent 01 04"                },
+      {"watch --json --count 1 " + directory.Path("site.json"),                      0, "\"device\":\"floor\"",           "floor: 1 poll, 1 good"     },
+      {"watch --json --count 1 --quiet " + directory.Path("site.json"),              0, "\"device\":\"floor\"",           ""                          },
+      {"kinds",                                                                      0, "power-unit  power unit",         ""                          },
+      {"record leak --json",                                                         0, "\"name\":\"leak\"",              ""                          },
+      {"sim --list",                                                                 0, "  temperature = ",               ""                          },
+      {"poll leak --port COM9x",                                                     2, "",                               "is no device name"         },
+  };
+  for (const auto& [words, status, out, err] : cases) {
+    const ToolResult pipe = RunTool(words);
+    EXPECT_EQ(pipe.status, status) << words << pipe.err;
+    EXPECT_THAT(pipe.out, HasSubstr(out)) << words;
+    EXPECT_EQ(pipe.err.empty(), *err == '\0') << words << pipe.err;
+    EXPECT_THAT(pipe.err, HasSubstr(err)) << words;
+    EXPECT_EQ((pipe.out + pipe.err).find('\033'), std::string::npos) << words;
+    const ToolResult terminal = RunTool(words, Output::kTerminals);
+    EXPECT_EQ(terminal.status, status) << words;
+    EXPECT_EQ(WithoutNumbers(terminal.out), WithoutNumbers(pipe.out)) << words;
+  }
+}
+
 TEST(Demo, PollsEveryDevice) {
-  const ToolResult result = RunTool("demo");
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("  -> 01 03 00 00 00 02 C4 0B\n  <- 01 03 04 01 C2 00 EB 1A 7C\n"));
+  ToolProcess people({"demo"}, Output::kTerminals);
+  const ToolResult programs = RunTool("demo --json --quiet");
+  EXPECT_EQ(programs.status, 0);
+  EXPECT_EQ(programs.err, "");
+  std::istringstream lines(programs.out);
+  int polls = 0;
+  for (std::string line; std::getline(lines, line); ++polls) {
+    const json poll = json::parse(line);
+    EXPECT_EQ(poll["ok"], true) << poll;
+    EXPECT_GT(poll["duration_ms"], 0) << poll;
+  }
+  EXPECT_EQ(polls, 21);
+
+  const ToolResult result = people.Finish();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, HasSubstr("  -> 01 03 00 00 00 02 C4 0B\r\n  <- 01 03 04 01 C2 00 EB 1A 7C\r\n"));
   EXPECT_THAT(result.out, HasSubstr("\n21 of 21 polls were answered as they should be, in "));
+}
+
+TEST(Terminal, HasProgressColourAndATable) {
+  sim::Line silent(kAnySpeed);
+  ASSERT_TRUE(silent.Start());
+  const std::string poll = "poll envir --timeout 0,1600 --port " + silent.Path();
+  const ToolResult result = RunTool(poll, Output::kTerminals);
+  EXPECT_EQ(result.status, 4);
+  EXPECT_THAT(result.err, HasSubstr("\r\033[Kenvir at address 1: 1 s\r\033[K"));
+  EXPECT_THAT(result.err, HasSubstr("\033[31mnothing answered within "));
+  EXPECT_THAT(RunTool(poll + " --quiet", Output::kTerminals).err, StartsWith("fieldline: envir"));
+
+  const TempDirectory directory;
+  directory.WriteFile("site.json", R"({"lines": {"A": {"path": ")" + silent.Path() + R"(", "settings": "9600,n,8,1",
+                                       "devices": {"rack": {"kind": "envir"}}}}})");
+  const ToolResult watch = RunTool("watch --count 1 " + directory.Path("site.json"), Output::kTerminals);
+  EXPECT_THAT(watch.out, StartsWith("\033[2J\033[Hline  device  kind   value  age  state  last readings\033[K"));
+  EXPECT_THAT(watch.out, HasSubstr("A     rack    envir              no_answer x1  ·\033[K"));
 }
 
 }  // namespace

@@ -7,54 +7,26 @@
 #include <vector>
 
 #include "fieldline/platform/serial_device.h"
-#include "sim/catalog.h"
-#include "sim/line.h"
-#include "tests/support/run_tool.h"
 #include "tests/support/scripted_port.h"
 #include "tests/support/temp_directory.h"
+#include "tests/tools/simulated_line.h"
+#include "tests/tools/tool_process.h"
 
 namespace fieldline {
 namespace {
 
 using nlohmann::json;
 using test::Hex;
+using test::kAnySpeed;
+using test::RunTool;
+using test::StartDevice;
 using test::ToolProcess;
 using test::ToolResult;
-using test::Words;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 // Read time-outs of 0,20000 are for replies that come whole, and shorter ones for those that are waited for in vain.
-
-const sim::LineOptions kAnySpeed = {.any_baud = true, .paced = false};
-
-ToolResult RunTool(const std::string& arguments) { return ToolProcess(FIELDLINE_TOOL, Words(arguments)).Finish(); }
-
-// A line with one simulated device at its usual address.
-std::unique_ptr<sim::Line> StartDevice(std::string_view kind, sim::Faults faults = {}) {
-  const sim::Kind* const found = sim::FindKind(kind);
-  auto line = std::make_unique<sim::Line>(kAnySpeed);
-  line->Add(found->make(static_cast<BYTE>(found->address)));
-  line->SetFaults(std::move(faults));
-  EXPECT_TRUE(line->Start());
-  return line;
-}
-
-// A device that answers whatever it hears with the same bytes.
-class Parrot : public sim::Device {
- public:
-  explicit Parrot(sim::Bytes answer) : answer_(std::move(answer)) {}
-
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<sim::Reply>& replies) override {
-    if (!silent) return 0;
-    replies.push_back({answer_});
-    return received.size();
-  }
-
- private:
-  const sim::Bytes answer_;
-};
 
 TEST(Poll, ShowsTheRecord) {
   const auto line = StartDevice("envir");
@@ -182,10 +154,10 @@ TEST(Poll, TellsApartWhyAReplyIsRefused) {
   std::vector<std::unique_ptr<ToolProcess>> tools;
   for (const auto& c : cases) {
     sim::Line& line = *lines.emplace_back(std::make_unique<sim::Line>(kAnySpeed));
-    line.Add(std::make_unique<Parrot>(Hex(c.reply)));
+    if (*c.reply != '\0') line.Add(std::make_unique<test::Parrot>(Hex(c.reply)));
     ASSERT_TRUE(line.Start());
     const std::string poll = "poll " + std::string(c.kind) + " --json --timeout 0,2000 --port " + line.Path();
-    tools.push_back(std::make_unique<ToolProcess>(FIELDLINE_TOOL, Words(poll)));
+    tools.push_back(std::make_unique<ToolProcess>(poll));
   }
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const ToolResult result = tools[i]->Finish();
@@ -209,8 +181,7 @@ TEST(Poll, CountsWhatSucceedsAndWhatFails) {
 
 TEST(Poll, EndsOnCtrlCWithStatistics) {
   const auto line = StartDevice("envir");
-  ToolProcess tool(FIELDLINE_TOOL,
-                   Words("poll envir --count 0 --interval 3600s --timeout 0,20000 --port " + line->Path()));
+  ToolProcess tool("poll envir --count 0 --interval 3600s --timeout 0,20000 --port " + line->Path());
   ASSERT_TRUE(tool.WaitForOutput("register_0"));
   tool.Interrupt();
   const ToolResult result = tool.Finish();
@@ -220,8 +191,7 @@ TEST(Poll, EndsOnCtrlCWithStatistics) {
 
 TEST(Poll, TellsOfAPulledPlug) {
   const auto line = StartDevice("envir");
-  ToolProcess tool(FIELDLINE_TOOL,
-                   Words("poll envir --count 0 --interval 10ms --timeout 0,20000 --port " + line->Path()));
+  ToolProcess tool("poll envir --count 0 --interval 10ms --timeout 0,20000 --port " + line->Path());
   ASSERT_TRUE(tool.WaitForOutput("register_0"));
   line->Stop();
   const ToolResult result = tool.Finish();

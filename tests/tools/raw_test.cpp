@@ -5,25 +5,22 @@
 #include <string>
 #include <vector>
 
-#include "sim/catalog.h"
-#include "sim/line.h"
-#include "tests/support/run_tool.h"
 #include "tests/support/temp_directory.h"
+#include "tests/tools/simulated_line.h"
+#include "tests/tools/tool_process.h"
 
 namespace fieldline {
 namespace {
 
 using nlohmann::json;
+using test::kAnySpeed;
+using test::RunTool;
 using test::ToolProcess;
 using test::ToolResult;
 using testing::HasSubstr;
 
-ToolResult RunTool(const std::vector<std::string>& arguments) {
-  return ToolProcess(FIELDLINE_TOOL, arguments).Finish();
-}
-
 TEST(Raw, SendsWhatIsWrittenAndCompletesIt) {
-  sim::Line silent({.any_baud = true, .paced = false});
+  sim::Line silent(kAnySpeed);
   ASSERT_TRUE(silent.Start());
   const struct {
     std::vector<std::string> arguments;
@@ -47,7 +44,7 @@ TEST(Raw, SendsWhatIsWrittenAndCompletesIt) {
 }
 
 TEST(Raw, ShowsWhatComesBack) {
-  sim::Line line({.any_baud = true, .paced = false});
+  sim::Line line(kAnySpeed);
   line.Add(sim::Make("envir", 1));
   ASSERT_TRUE(line.Start());
   const std::vector<std::string> request = {"raw",      "--port", line.Path(), "01 03 00 00 00 02",
@@ -69,7 +66,7 @@ TEST(Raw, ShowsWhatComesBack) {
 }
 
 TEST(Trace, GoesToTheFileAndSaysWhatTheBytesMean) {
-  sim::Line line({.any_baud = true, .paced = false});
+  sim::Line line(kAnySpeed);
   line.Add(sim::Make("envir", 1));
   ASSERT_TRUE(line.Start());
   const TempDirectory directory;
@@ -90,7 +87,7 @@ TEST(Trace, GoesToTheFileAndSaysWhatTheBytesMean) {
 
 // A field outside its record, or two in one place.
 TEST(Record, FieldsLieSideBySideWithinTheirRecord) {
-  const ToolResult kinds = RunTool({"kinds", "--json"});
+  const ToolResult kinds = RunTool("kinds --json");
   ASSERT_EQ(kinds.status, 0);
   std::istringstream lines(kinds.out);
   int records = 0;

@@ -5,20 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/run_tool.h"
 #include "tests/support/temp_directory.h"
+#include "tests/tools/tool_process.h"
 #include "tools/scenario_file.h"
 
 namespace fieldline {
 namespace {
 
+using test::RunTool;
 using test::ToolProcess;
 using test::ToolResult;
 using testing::HasSubstr;
-
-ToolResult RunTool(const std::vector<std::string>& arguments) {
-  return ToolProcess(FIELDLINE_TOOL, arguments).Finish();
-}
 
 TEST(SimulatedRoom, IsReachedThroughLinksThatStay) {
   const TempDirectory directory;
@@ -30,7 +27,7 @@ TEST(SimulatedRoom, IsReachedThroughLinksThatStay) {
       {"at": 500, "note": "a cable is torn off", "unplug": ["ESL1"]}
     ]})");
   const std::string links = directory.Path("links");
-  ToolProcess sim(FIELDLINE_TOOL, {"sim", "--links", links, "--scenario", directory.Path("scenario.json")});
+  ToolProcess sim({"sim", "--links", links, "--scenario", directory.Path("scenario.json")});
   ASSERT_TRUE(sim.WaitForOutput("poll di --map EIO1=" + links + "/EIO1\n"));
   EXPECT_THAT(sim.output(), HasSubstr("seed 42\n"));
   EXPECT_THAT(sim.output(), HasSubstr("fieldline poll elec --address 1 --port " + links + "/ESL3:9600,n,8,1\n"));

@@ -6,42 +6,28 @@
 #include <string>
 #include <vector>
 
-#include "sim/catalog.h"
-#include "sim/line.h"
-#include "tests/support/run_tool.h"
 #include "tests/support/scripted_port.h"
+#include "tests/tools/simulated_line.h"
+#include "tests/tools/tool_process.h"
 
 namespace fieldline {
 namespace {
 
 using nlohmann::json;
 using test::Hex;
+using test::kAnySpeed;
+using test::Parrot;
 using test::ToolProcess;
 using test::ToolResult;
 using testing::HasSubstr;
 
 ToolResult Scan(const sim::Line& line, std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"scan", "--port", line.Path() + ":9600,n,8,1"});
-  return ToolProcess(FIELDLINE_TOOL, arguments).Finish();
+  return test::RunTool(arguments);
 }
 
-// Answers whatever it hears: with these bytes, or with what it heard.
-class Answering : public sim::Device {
- public:
-  explicit Answering(sim::Bytes answer) : answer_(std::move(answer)) {}
-
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<sim::Reply>& replies) override {
-    if (!silent) return 0;
-    replies.push_back({answer_.empty() ? sim::Bytes(received.begin(), received.end()) : answer_});
-    return received.size();
-  }
-
- private:
-  const sim::Bytes answer_;
-};
-
 TEST(Scan, FindsDevicesByAddressAndKind) {
-  sim::Line line({.any_baud = true, .paced = false});
+  sim::Line line(kAnySpeed);
   line.Add(sim::Make("envir", 3));
   line.Add(sim::Make("onoff", 5));
   ASSERT_TRUE(line.Start());
@@ -62,7 +48,7 @@ TEST(Scan, FindsDevicesByAddressAndKind) {
 }
 
 TEST(Scan, SaysWhenNothingAnswersAndWhatCantBeScanned) {
-  sim::Line line({.any_baud = true, .paced = false});
+  sim::Line line(kAnySpeed);
   ASSERT_TRUE(line.Start());
   const ToolResult result = Scan(line, {"envir", "battery", "--from", "1", "--to", "2", "--timeout", "0,5", "--quiet"});
   EXPECT_EQ(result.status, 4);
@@ -72,8 +58,8 @@ TEST(Scan, SaysWhenNothingAnswersAndWhatCantBeScanned) {
 }
 
 TEST(Scan, WarnsOfAnEchoAndEnds) {
-  sim::Line line({.any_baud = true, .paced = false});
-  line.Add(std::make_unique<Answering>(sim::Bytes{}));
+  sim::Line line(kAnySpeed);
+  line.Add(std::make_unique<Parrot>());
   ASSERT_TRUE(line.Start());
   const ToolResult result = Scan(line, {"envir", "--timeout", "0,500"});
   EXPECT_EQ(result.status, 5);
@@ -82,8 +68,8 @@ TEST(Scan, WarnsOfAnEchoAndEnds) {
 }
 
 TEST(Scan, WarnsOfADeviceThatAnswersToAnyAddress) {
-  sim::Line line({.any_baud = true, .paced = false});
-  line.Add(std::make_unique<Answering>(Hex("01 03 04 01 23 FE DC 4B FC")));
+  sim::Line line(kAnySpeed);
+  line.Add(std::make_unique<Parrot>(Hex("01 03 04 01 23 FE DC 4B FC")));
   ASSERT_TRUE(line.Start());
   const ToolResult result = Scan(line, {"envir", "--from", "1", "--to", "8", "--timeout", "0,20000"});
   EXPECT_EQ(result.status, 0) << result.err;
@@ -93,10 +79,10 @@ TEST(Scan, WarnsOfADeviceThatAnswersToAnyAddress) {
 }
 
 TEST(Scan, EndsOnCtrlCWithWhatWasFound) {
-  sim::Line line({.any_baud = true, .paced = false});
+  sim::Line line(kAnySpeed);
   line.Add(sim::Make("envir", 1));
   ASSERT_TRUE(line.Start());
-  ToolProcess tool(FIELDLINE_TOOL, {"scan", "envir", "--port", line.Path() + ":9600,n,8,1", "--timeout", "0,2000"});
+  ToolProcess tool({"scan", "envir", "--port", line.Path() + ":9600,n,8,1", "--timeout", "0,2000"});
   ASSERT_TRUE(tool.WaitForOutput("address 1: envir, "));
   tool.Interrupt();
   const ToolResult result = tool.Finish();

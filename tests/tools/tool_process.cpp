@@ -1,10 +1,11 @@
-#include "tests/support/run_tool.h"
+#include "tests/tools/tool_process.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,17 +19,33 @@ namespace {
 
 constexpr int kPatience = 60'000;  // ms without a byte from the program
 
-// Appends what is there. False at the end of the output.
-bool Take(int& pipe, std::string& text) {
+// Appends what is there, and closes `from` at the end of the output, which a terminal reports as an error.
+void Take(int& from, std::string& text) {
   char bytes[4096];
-  const ssize_t count = read(pipe, bytes, sizeof bytes);
+  const ssize_t count = read(from, bytes, sizeof bytes);
   if (count > 0) {
     text.append(bytes, static_cast<std::size_t>(count));
-    return true;
+    return;
   }
-  close(pipe);
-  pipe = -1;
-  return false;
+  close(from);
+  from = -1;
+}
+
+struct Channel {
+  int read;   // here
+  int write;  // in the program
+};
+
+Channel Open(Output output) {
+  int ends[2] = {-1, -1};
+  if (output == Output::kPipes) {
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  } else {
+    ends[0] = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    EXPECT_TRUE(grantpt(ends[0]) == 0 && unlockpt(ends[0]) == 0);
+    ends[1] = open(ptsname(ends[0]), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  }
+  return {ends[0], ends[1]};
 }
 
 }  // namespace
@@ -38,27 +55,23 @@ std::vector<std::string> Words(const std::string& text) {
   return {std::istream_iterator<std::string>(words), {}};
 }
 
-ToolProcess::ToolProcess(const char* program, const std::vector<std::string>& arguments) {
-  int out[2];
-  int err[2];
-  if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) {
-    ADD_FAILURE() << "no pipe";
-    return;
-  }
+ToolProcess::ToolProcess(const std::vector<std::string>& arguments, Output output) {
+  const Channel out = Open(output);
+  const Channel err = Open(output);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, err[1], STDERR_FILENO);
-  std::vector<char*> argv = {const_cast<char*>(program)};
+  posix_spawn_file_actions_adddup2(&actions, out.write, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, err.write, STDERR_FILENO);
+  std::vector<char*> argv = {const_cast<char*>(FIELDLINE_TOOL)};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
-  EXPECT_EQ(posix_spawn(&process_, program, &actions, nullptr, argv.data(), environ), 0) << program;
+  EXPECT_EQ(posix_spawn(&process_, FIELDLINE_TOOL, &actions, nullptr, argv.data(), environ), 0);
   posix_spawn_file_actions_destroy(&actions);
-  close(out[1]);
-  close(err[1]);
-  out_ = out[0];
-  err_ = err[0];
+  close(out.write);
+  close(err.write);
+  out_ = out.read;
+  err_ = err.read;
 }
 
 ToolProcess::~ToolProcess() {
@@ -87,7 +100,7 @@ ToolResult ToolProcess::Finish() {
   return result_;
 }
 
-// Waits for output. False when both pipes have ended.
+// Waits for output. False when both outputs have ended.
 bool ToolProcess::Gather() {
   if (out_ < 0 && err_ < 0) return false;
   pollfd pipes[] = {

@@ -16,11 +16,14 @@ struct ToolResult {
   std::string err;
 };
 
-// A program in a process of its own, with its output in two pipes and nothing to read. It is killed when it outlives
-// every patience, or this object.
+enum class Output { kPipes, kTerminals };
+
+// The command in a process of its own, with standard output and standard error apart and nothing to read. It is killed
+// when it outlives every patience, or this object.
 class ToolProcess {
  public:
-  ToolProcess(const char* program, const std::vector<std::string>& arguments);
+  explicit ToolProcess(const std::vector<std::string>& arguments, Output output = Output::kPipes);
+  explicit ToolProcess(const std::string& words) : ToolProcess(Words(words)) {}
   ~ToolProcess();
   ToolProcess(const ToolProcess&) = delete;
   ToolProcess& operator=(const ToolProcess&) = delete;
@@ -46,5 +49,12 @@ class ToolProcess {
   int err_ = -1;
   ToolResult result_;
 };
+
+inline ToolResult RunTool(const std::vector<std::string>& arguments, Output output = Output::kPipes) {
+  return ToolProcess(arguments, output).Finish();
+}
+inline ToolResult RunTool(const std::string& words, Output output = Output::kPipes) {
+  return RunTool(Words(words), output);
+}
 
 }  // namespace fieldline::test

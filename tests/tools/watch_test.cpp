@@ -8,21 +8,19 @@
 #include <string>
 #include <vector>
 
-#include "sim/catalog.h"
-#include "sim/line.h"
-#include "tests/support/run_tool.h"
 #include "tests/support/temp_directory.h"
+#include "tests/tools/simulated_line.h"
+#include "tests/tools/tool_process.h"
 #include "tools/watch_table.h"
 
 namespace fieldline {
 namespace {
 
 using nlohmann::json;
+using test::kAnySpeed;
 using test::ToolProcess;
 using test::ToolResult;
 using testing::HasSubstr;
-
-const sim::LineOptions kAnySpeed = {.any_baud = true, .paced = false};
 
 std::vector<json> Lines(const std::string& text) {
   std::vector<json> lines;
@@ -67,8 +65,7 @@ TEST(Watch, PollsEveryDeviceOfEveryLine) {
         {"EIO1", {{"path", directory.Path("inputs")}, {"devices", {{"own", {{"kind", "di"}, {"interval", 0}}}}}}}}}
   };
   directory.WriteFile("site.json", site.dump());
-  const ToolResult result =
-      ToolProcess(FIELDLINE_TOOL, {"watch", directory.Path("site.json"), "--count", "3"}).Finish();
+  const ToolResult result = test::RunTool("watch --count 3 " + directory.Path("site.json"));
 
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.err, HasSubstr("a2: 3 polls, 3 good, 0 failed"));
@@ -119,7 +116,7 @@ TEST(Watch, ReopensALineThatVanished) {
        {{"A", {{"path", link}, {"settings", "2400,n,8,1"}, {"timeout", "0,5000"}, {"devices", {{"p", device}}}}}}}
   };
   directory.WriteFile("site.json", site.dump());
-  ToolProcess watch(FIELDLINE_TOOL, {"watch", directory.Path("site.json")});
+  ToolProcess watch({"watch", directory.Path("site.json")});
   ASSERT_TRUE(watch.WaitForOutput("\"ok\":true"));
   line.Stop();
   std::filesystem::remove(link);

@@ -46,11 +46,11 @@ int FileDescriptor(Stream stream) {
 
 bool IsTerminal(Stream stream) { return isatty(FileDescriptor(stream)) == 1; }
 
-int TerminalColumns(Stream stream) {
-  constexpr int kUsualColumns = 80;
+TerminalSize SizeOfTerminal(Stream stream) {
+  constexpr TerminalSize kUsualSize = {80, 24};
   winsize size{};
-  if (ioctl(FileDescriptor(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
-  return size.ws_col;
+  if (ioctl(FileDescriptor(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) return kUsualSize;
+  return {size.ws_col, size.ws_row};
 }
 
 void CatchInterrupts() {

@@ -135,7 +135,7 @@ TEST(ConsoleTest, TheFirstInterruptIsToldAndTheSecondEndsTheProgram) {
   if (child == 0) {
     const int nothing = open("/dev/null", O_RDWR);
     dup2(nothing, STDOUT_FILENO);
-    if (IsTerminal(Stream::kOutput) || TerminalColumns(Stream::kOutput) != 80) _exit(1);
+    if (IsTerminal(Stream::kOutput) || SizeOfTerminal(Stream::kOutput).columns != 80) _exit(1);
     CatchInterrupts();
     if (Interrupted() || !SleepUnlessInterrupted(1)) _exit(2);
     raise(SIGINT);
