@@ -76,7 +76,6 @@ std::string ShortHex(const Bytes& bytes) {
 struct Target {
   const Kind& kind;
   const sim::RoomDevice& device;
-  std::string port;  // as shown; empty for the unit's own inputs
 };
 
 // The unit as an application sees it: the ports and drivers of the library, with a simulated room behind them.
@@ -123,15 +122,13 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
   const std::wstring name = std::wstring(line.name.begin(), line.name.end()) + L':';
   MapDevice(name.c_str(), path.c_str());
   const std::string settings = line.baud != 0 ? std::to_string(line.baud) + ",n,8,1" : "";
-  Target target = {KindOf(device), device, std::string(line.name) + ':' + settings};
+  const std::string shown = std::string(line.name) + ':' + settings;
+  const Target target = {KindOf(device), device};
   if (!arguments_.json) {
-    std::cout << device.name << ": " << Subject(target.kind, device.address) << " on " << target.port << " = " << path
+    std::cout << device.name << ": " << Subject(target.kind, device.address) << " on " << shown << " = " << path
               << std::endl;
   }
-  if (device.kind == sim::kInputsKind) {
-    target.port.clear();
-    return PollDriver(target, nullptr);
-  }
+  if (device.kind == sim::kInputsKind) return PollDriver(target, nullptr);
 
   // Time-outs in ms, more generous than a line needs: the devices share the processor with the polls.
   const int per_byte = static_cast<int>(10'000 / line.baud) + 2;
@@ -144,13 +141,12 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
     port.SetBaud(static_cast<int>(line.baud));
     return &target.kind == &kBoard ? UseBoard(target, port) : UseDisplay(target, port);
   }
-  const Line opened = {.shown = target.port,
+  const Line opened = {.shown = shown,
                        .device = name,
                        .definition = name + std::wstring(settings.begin(), settings.end()),
                        .timeout = {}};
   if (const std::optional<Failure> failure = open_line.Open(opened)) {
-    return Show(target, {.time = std::chrono::system_clock::now(), .duration = {}, .exchanges = {}, .failure = failure},
-                nullptr);
+    return Show(target, FailedToOpen(*failure), nullptr);
   }
   return PollDriver(target, &port);
 }
@@ -207,16 +203,7 @@ bool Unit::UseDisplay(const Target& target, ISerBase& port) {
 bool Unit::Show(const Target& target, const PollResult& result, const BYTE* record,
                 const std::optional<Snapshot>& snapshot) const {
   if (arguments_.json) {
-    ordered_json json = {
-        {"schema",  kJsonSchema              },
-        {"time",    IsoTime(result.time)     },
-        {"line",    target.device.line       },
-        {"device",  target.device.name       },
-        {"kind",    target.kind.name         },
-        {"address", AddressToJson(target.kind, target.device.address)},
-        {"port",         target.port.empty() ? ordered_json() : ordered_json(target.port)                            },
-        {"ok",         !result.failure  }
-    };
+    ordered_json json = PollHead(target.kind, target.device.address, target.device.line, target.device.name, result);
     AddOutcome(json, result, target.kind.fields, record);
     if (snapshot) AddSnapshot(json, *snapshot);
     PrintJson(json);

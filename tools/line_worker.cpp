@@ -61,11 +61,10 @@ void LineWorker::Sleep(Clock::duration time) const {
 }
 
 bool LineWorker::OpenPort(OpenLine& open_line) {
-  PollResult result{.time = std::chrono::system_clock::now(), .duration = {}, .exchanges = {}, .failure = {}};
-  result.failure = open_line.Open(line_.port);
-  if (!result.failure) return true;
+  const std::optional<Failure> failure = open_line.Open(line_.port);
+  if (!failure) return true;
   port_.Close();  // it may have opened, and refused its settings
-  for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, result, {});
+  for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, FailedToOpen(*failure), {});
   return false;
 }
 

@@ -53,28 +53,12 @@ struct Target {
   std::string port;  // as shown
 };
 
-// Null for a kind without a line.
-ordered_json PortToJson(const Target& target) {
-  return target.port.empty() ? ordered_json() : ordered_json(target.port);
-}
-
-ordered_json Head(const Target& target, Time time, bool ok) {
-  return {
-      {"schema",  kJsonSchema              },
-      {"time",    IsoTime(time)            },
-      {"kind",    target.kind.name         },
-      {"address", AddressToJson(target.kind, target.address)},
-      {"port",         PortToJson(target)                            },
-      {"ok",         ok  }
-  };
-}
-
 std::string Subject(const Target& target) { return Subject(target.kind, target.address); }
 
 void ShowPoll(const Target& target, const PollResult& result, const BYTE* record,
               const std::optional<Snapshot>& snapshot, bool json) {
   if (json) {
-    ordered_json line = Head(target, result.time, !result.failure);
+    ordered_json line = PollHead(target.kind, target.address, target.port, result);
     AddOutcome(line, result, target.kind.fields, record);
     if (snapshot) AddSnapshot(line, *snapshot);
     PrintJson(line);
@@ -146,13 +130,7 @@ ExitCode Run(const Arguments& arguments) {
   if (port == nullptr) throw std::bad_alloc();
   OpenLine open_line(*port, recorder);
   if (const std::optional<Failure> failure = open_line.Open(line)) {
-    if (arguments.json) {
-      ordered_json json = Head(target, std::chrono::system_clock::now(), false);
-      json["error"] = FailureToJson(*failure);
-      PrintJson(json);
-    } else {
-      ShowFailure(Subject(target), *failure);
-    }
+    ShowPoll(target, FailedToOpen(*failure), nullptr, {}, arguments.json);
     return failure->exit;
   }
   CatchInterrupts();

@@ -8,6 +8,10 @@ std::optional<Failure> OpenLine::Open(const Line& line) {
   return DiagnoseOpen(port_, line);
 }
 
+PollResult FailedToOpen(const Failure& failure) {
+  return {.time = std::chrono::system_clock::now(), .duration = {}, .exchanges = {}, .failure = failure};
+}
+
 PollResult PollOnce(const Kind& kind, ISerBase* port, int address, Recorder& recorder,
                     const std::function<int()>& get_data) {
   recorder.Clear();

@@ -38,6 +38,9 @@ struct PollResult {
   std::optional<Failure> failure;
 };
 
+// In place of a poll on a line that could not be opened.
+PollResult FailedToOpen(const Failure& failure);
+
 // One poll, made by `get_data`, which returns 1 or 0 as drivers do. `port` is null for a kind without a line.
 PollResult PollOnce(const Kind& kind, ISerBase* port, int address, Recorder& recorder,
                     const std::function<int()>& get_data);

@@ -6,15 +6,42 @@
 #include "tools/text.h"
 
 namespace fieldline::tool {
+namespace {
 
 using nlohmann::ordered_json;
+
+ordered_json AddressToJson(const Kind& kind, int address) {
+  return kind.HasAddress() ? ordered_json(address) : ordered_json();
+}
+
+}  // namespace
 
 void PrintJson(const ordered_json& json) {
   std::cout << json.dump(-1, ' ', false, ordered_json::error_handler_t::replace) << std::endl;
 }
 
-ordered_json AddressToJson(const Kind& kind, int address) {
-  return kind.HasAddress() ? ordered_json(address) : ordered_json();
+ordered_json PollHead(const Kind& kind, int address, const std::string& port, const PollResult& result) {
+  return {
+      {"schema",  kJsonSchema         },
+      {"time",    IsoTime(result.time)},
+      {"kind",    kind.name           },
+      {"address", AddressToJson(kind,   address)},
+      {"port",         port.empty() ? ordered_json() : ordered_json(port)                       },
+      {"ok",         !result.failure  }
+  };
+}
+
+ordered_json PollHead(const Kind& kind, int address, std::string_view line, std::string_view device,
+                      const PollResult& result) {
+  return {
+      {"schema",  kJsonSchema         },
+      {"time",    IsoTime(result.time)},
+      {"line",    line                },
+      {"device",  device              },
+      {"kind",    kind.name           },
+      {"address", AddressToJson(kind,   address)},
+      {"ok",         !result.failure                         }
+  };
 }
 
 ordered_json FailureToJson(const Failure& failure) {

@@ -16,8 +16,11 @@ constexpr int kJsonSchema = 1;
 // One line on standard output.
 void PrintJson(const nlohmann::ordered_json& json);
 
-// Null for a kind without addresses.
-nlohmann::ordered_json AddressToJson(const Kind& kind, int address);
+// How the JSON of a poll begins: null stands for the address of a kind that has none, and for the port of one without a
+// line. A device of a site has names in place of a port.
+nlohmann::ordered_json PollHead(const Kind& kind, int address, const std::string& port, const PollResult& result);
+nlohmann::ordered_json PollHead(const Kind& kind, int address, std::string_view line, std::string_view device,
+                                const PollResult& result);
 
 nlohmann::ordered_json FailureToJson(const Failure& failure);
 

@@ -21,6 +21,8 @@
 namespace fieldline::tool {
 namespace {
 
+using nlohmann::ordered_json;
+
 constexpr char kExamples[] =
     "The port is the library's own for commissioning: it asks the sensor factory for each driver, polls with it, and\n"
     "keeps the records of envir, leak, elec, onoff, battery, airc, ups and camera.\n\n"
@@ -32,6 +34,7 @@ struct Arguments {
   std::vector<std::string> kinds;
   LineArguments line;
   std::string flash_root;
+  bool json = false;
   bool quiet = false;
   std::string trace;
 };
@@ -83,14 +86,21 @@ const BYTE* CopyOf(const CHubSerTest& port, ENUM_SERDATKIND kind) {
   }
 }
 
-void Show(const Target& target, const PollResult& result, const CHubSerTest& port) {
+void Show(const Target& target, const PollResult& result, const CHubSerTest& port, const std::string& line, bool json) {
+  const BYTE* const copy = CopyOf(port, target.kind.id);
+  if (json) {
+    ordered_json object = PollHead(target.kind, target.address, line, result);
+    AddOutcome(object, result, copy != nullptr ? target.kind.fields : Fields(), copy);
+    PrintJson(object);
+    return;
+  }
   const std::string subject = Subject(target.kind, target.address);
   if (result.failure) {
     ShowFailure(subject, *result.failure);
     return;
   }
   std::cout << subject << ", " << Fixed(result.duration.count(), 1) << " ms\n";
-  if (const BYTE* const copy = CopyOf(port, target.kind.id)) {
+  if (copy != nullptr) {
     PrintRecord(std::cout, target.kind.fields, copy);
   } else {
     std::cout << "  answered; the test port keeps no record of this kind\n";
@@ -110,7 +120,7 @@ ExitCode Run(const Arguments& arguments) {
   if (port == nullptr) throw std::bad_alloc();
   OpenLine open_line(*port, recorder);
   if (const std::optional<Failure> failure = open_line.Open(line)) {
-    ShowFailure("test port", *failure);
+    Show(targets.front(), FailedToOpen(*failure), *port, line.shown, arguments.json);
     return failure->exit;
   }
 
@@ -122,7 +132,7 @@ ExitCode Run(const Arguments& arguments) {
                                        [&] { return port->GetData(target.kind.id, target.address); });
     progress.End();
     statistics.Add(result);
-    Show(target, result, *port);
+    Show(target, result, *port, line.shown, arguments.json);
     if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
   }
   return statistics.Result();
@@ -138,6 +148,7 @@ Verb AddTestPort(CLI::App& app) {
       ->required();
   AddLineOptions(command, arguments->line);
   AddFlashRoot(command, arguments->flash_root);
+  command.add_flag("--json", arguments->json, "One JSON object a line");
   command.add_flag("--quiet", arguments->quiet, kQuiet);
   AddTraceOption(command, arguments->trace);
   return {&command, [arguments] { return Run(*arguments); }};

@@ -104,15 +104,8 @@ class Watched {
   };
 
   static void PrintPoll(const Device& device, const PollResult& result, std::span<const BYTE> record) {
-    ordered_json json = {
-        {"schema",  kJsonSchema                      },
-        {"time",    IsoTime(result.time)             },
-        {"line",    device.line.name                 },
-        {"device",  device.device.name               },
-        {"kind",    device.device.kind->name         },
-        {"address", AddressToJson(*device.device.kind, device.device.address)},
-        {"ok",         !result.failure                                      }
-    };
+    ordered_json json =
+        PollHead(*device.device.kind, device.device.address, device.line.name, device.device.name, result);
     AddOutcome(json, result, device.device.fields, record.data());
     PrintJson(json);
   }
