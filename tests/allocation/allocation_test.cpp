@@ -3,7 +3,6 @@
 #include "fieldline/fieldline.h"
 #include "sim/catalog.h"
 #include "tests/allocation/allocations.h"
-#include "tests/allocation/device_port.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/temp_directory.h"
 
@@ -47,13 +46,13 @@ TEST(Allocation, PollsMakeNone) {
   for (const Polled& polled : kPolled) {
     auto device = sim::Make(polled.device, static_cast<BYTE>(polled.addr));
     ASSERT_NE(device, nullptr) << polled.device;
-    DevicePort port(std::move(device));
+    UncountedDevicePort port(std::move(device));
     CSensorBase* driver = CSensorFactory::GetInstance()->GetSensor(polled.kind);
     ASSERT_NE(driver, nullptr) << polled.device;
     EXPECT_EQ(CountedPoll(driver, &port, polled.addr), std::pair(1, 0)) << polled.device;
   }
 
-  DevicePort card_port(sim::Make("card", 1));
+  UncountedDevicePort card_port(sim::Make("card", 1));
   CSensorCardK card;
   EXPECT_EQ(CountedPoll(&card, &card_port, 1), std::pair(1, 0));
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include "tests/support/device_port.h"
 
 namespace fieldline::test {
 
@@ -24,6 +24,21 @@ class Uncounted {
 
  private:
   bool before_;
+};
+
+// A simulated device whose own allocations are not counted.
+class UncountedDevicePort final : public DevicePort {
+ public:
+  using DevicePort::DevicePort;
+
+  int Read(BYTE* data, int count) override {
+    const Uncounted uncounted;
+    return DevicePort::Read(data, count);
+  }
+  int Write(const BYTE* data, int count) override {
+    const Uncounted uncounted;
+    return DevicePort::Write(data, count);
+  }
 };
 
 }  // namespace fieldline::test

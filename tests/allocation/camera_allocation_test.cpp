@@ -3,7 +3,6 @@
 #include "fieldline/fieldline.h"
 #include "sim/catalog.h"
 #include "tests/allocation/allocations.h"
-#include "tests/allocation/device_port.h"
 #include "tests/support/flash_images.h"
 
 namespace fieldline::test {
@@ -50,7 +49,7 @@ class FadingPort final : public CSerBase {
 
 TEST(CameraAllocation, IsOneImageBufferThatGoesWithThePoll) {
   const FlashImages flash;
-  DevicePort port(sim::Make("camera", 0));
+  UncountedDevicePort port(sim::Make("camera", 0));
   CSensorCamera camera;
   ExpectPoll(camera, port, true, {1, 1, 0}, "stored");
   ExpectPoll(camera, port, false, {0, 0, 0}, "no memory");
@@ -67,7 +66,7 @@ TEST(CameraAllocation, IsOneImageBufferThatGoesWithThePoll) {
 
 TEST(CameraAllocation, TheSecondCameraMakesNone) {
   const FlashImages flash;
-  DevicePort port(sim::Make("camera-3ge", 0));
+  UncountedDevicePort port(sim::Make("camera-3ge", 0));
   CSensorCamera3ge camera;
   ExpectPoll(camera, port, true, {1, 0, 0}, "stored");
 }

@@ -4,7 +4,6 @@
 
 #include <initializer_list>
 
-#include "sim/envir.h"
 #include "tests/support/scripted_port.h"
 
 namespace fieldline::sim {
@@ -69,17 +68,6 @@ TEST(ModbusSlave, AnswersEachRequest) {
       EXPECT_EQ(ToHex(replies[0].bytes), exchange.reply);
     }
   }
-}
-
-TEST(EnvirProbe, SendsItsValuesInTenths) {
-  EnvirProbe probe(1);
-  std::string error;
-  ASSERT_TRUE(probe.values().Set("humidity", "29.1", &error)) << error;
-  ASSERT_TRUE(probe.values().Set("temperature", "-29.2", &error)) << error;
-  std::vector<Reply> replies;
-  probe.Hear(Hex("01 03 00 00 00 02 C4 0B"), true, replies);
-  ASSERT_EQ(replies.size(), 1u);
-  EXPECT_EQ(ToHex(replies[0].bytes), "01 03 04 01 23 FE DC 4B FC");
 }
 
 }  // namespace

@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <set>
-
-#include "sim/catalog.h"
 
 namespace fieldline::sim {
 namespace {
@@ -77,23 +74,6 @@ TEST(Values, DriftFollowsTheSeedAndStaysWithinItsBounds) {
   values.PutNumber("load", 20);
   values.Drift(0.1);
   EXPECT_EQ(values.Number("load"), 20);
-}
-
-TEST(Catalog, DevicesHaveValuesThatCanBeSet) {
-  std::set<std::string_view> names;
-  for (const Kind& kind : Catalog()) {
-    SCOPED_TRACE(kind.name);
-    EXPECT_TRUE(names.insert(kind.name).second);
-    const auto device = Make(kind.name, static_cast<BYTE>(kind.address));
-    ASSERT_NE(device, nullptr);
-    std::set<std::string> values;
-    for (const Value& value : device->values().List()) {
-      EXPECT_TRUE(values.insert(value.name).second) << value.name;
-      std::string error;
-      EXPECT_NE(device->values().Set(value.name, ToText(value), &error), value.read_only) << error;
-    }
-  }
-  EXPECT_EQ(Make("toaster", 1), nullptr);
 }
 
 }  // namespace
