@@ -34,8 +34,6 @@ constexpr char kExamples[] =
     "  fieldline alarm mms \"Door open\" door.jpg --port COM1:57600,n,8,1 --map COM1=/dev/ttyUSB0\n"
     "  fieldline alarm relay 1 1 --port /dev/ttyUSB0 --json";
 
-constexpr Kind kBoard = {"alarm", "alarm board", SERDAT_ALARM, "CHubAlarm", Protocol::kAlarm, 115200, 0, 0, {}};
-
 constexpr std::size_t kLongestPayload = 506;  // bytes of a frame, final zeros included
 
 struct Arguments {
@@ -213,18 +211,18 @@ void CheckArguments(const Operation& operation, Arguments& arguments) {
 
 ordered_json Head(const Operation& operation, const Line& line, Time time, bool ok) {
   return {
-      {"schema",    kJsonSchema   },
-      {"time",      IsoTime(time) },
-      {"kind",      kBoard.name   },
-      {"operation", operation.name},
-      {"port",      line.shown    },
-      {"ok",        ok            }
+      {"schema",    kJsonSchema     },
+      {"time",      IsoTime(time)   },
+      {"kind",      kAlarmBoard.name},
+      {"operation", operation.name  },
+      {"port",      line.shown      },
+      {"ok",        ok              }
   };
 }
 
 ExitCode Run(const Operation& operation, Arguments& arguments) {
   CheckArguments(operation, arguments);
-  const Line line = ResolveLine(arguments.line, kBoard.UsualSettings());
+  const Line line = ResolveLine(arguments.line, kAlarmBoard.UsualSettings());
   Recorder recorder(arguments.trace);
   BoardPort port(line);
   BoardController controller(port);
@@ -240,7 +238,7 @@ ExitCode Run(const Operation& operation, Arguments& arguments) {
     const int failed = operation.run(controller.board(), arguments, record);
     progress.End();
     if (failed != 0) {
-      failure = DiagnosePoll(kBoard, 0, &port, recorder.Exchanges(), std::chrono::steady_clock::now());
+      failure = DiagnosePoll(kAlarmBoard, 0, &port, recorder.Exchanges(), std::chrono::steady_clock::now());
     }
   }
   const std::chrono::duration<double, std::milli> duration = std::chrono::steady_clock::now() - began;

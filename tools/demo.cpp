@@ -58,11 +58,6 @@ constexpr Field kBoardFields[] = {
     {"sms_result",       offsetof(BoardAnswers,                            sms_result),                        FieldType::kU8          },
 };
 
-constexpr Kind kBoard = {"alarm", "alarm board",        SERDAT_ALARM, "CHubAlarm", Protocol::kAlarm, 115200,
-                         0,       sizeof(BoardAnswers), kBoardFields};
-constexpr Kind kDisplay = {"display", "serial display", SERDAT_MONITOR, "CHubMonitor", Protocol::kLocal, 115200, 0, 0,
-                           {}};
-
 // Long ones are shortened in the middle.
 std::string ShortHex(const Bytes& bytes) {
   constexpr std::size_t kHead = 32;
@@ -92,7 +87,7 @@ class Unit {
   bool PollDriver(const Target& target, ISerBase* port);
   bool UseBoard(const Target& target, ISerBase& port);
   bool UseDisplay(const Target& target, ISerBase& port);
-  bool Show(const Target& target, const PollResult& result, const BYTE* record,
+  bool Show(const Target& target, const PollResult& result, Fields fields, const BYTE* record,
             const std::optional<Snapshot>& snapshot = {}) const;
 
   const sim::Room& room_;
@@ -112,7 +107,7 @@ ISerBase& PortOf(std::string_view line) {
 
 const Kind& KindOf(const sim::RoomDevice& device) {
   if (device.kind == sim::kInputsKind) return RequireKind("di");
-  if (device.kind == kBoard.name) return kBoard;
+  if (device.kind == kAlarmBoard.name) return kAlarmBoard;
   if (device.kind == kDisplay.name) return kDisplay;
   return RequireKind(device.kind);
 }
@@ -136,17 +131,17 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
   ISerBase& port = PortOf(line.name);
   port.SetTimeout(per_byte, kConstant);
   OpenLine open_line(port, recorder_);
-  if (&target.kind == &kBoard || &target.kind == &kDisplay) {
+  if (&target.kind == &kAlarmBoard || &target.kind == &kDisplay) {
     port.SetPort(line.name.back() - '0' + 1);  // COM3: is port 4
     port.SetBaud(static_cast<int>(line.baud));
-    return &target.kind == &kBoard ? UseBoard(target, port) : UseDisplay(target, port);
+    return &target.kind == &kAlarmBoard ? UseBoard(target, port) : UseDisplay(target, port);
   }
   const Line opened = {.shown = shown,
                        .device = name,
                        .definition = name + std::wstring(settings.begin(), settings.end()),
                        .timeout = {}};
   if (const std::optional<Failure> failure = open_line.Open(opened)) {
-    return Show(target, FailedToOpen(*failure), nullptr);
+    return Show(target, FailedToOpen(*failure), {}, nullptr);
   }
   return PollDriver(target, &port);
 }
@@ -160,7 +155,7 @@ bool Unit::PollDriver(const Target& target, ISerBase* port) {
   progress.End();
   std::optional<Snapshot> snapshot;
   if (IsCamera(target.kind)) snapshot = FindSnapshot(target.kind, flash_root_, driver->m_pData, &result);
-  return Show(target, result, driver->m_pData, snapshot);
+  return Show(target, result, target.kind.fields, driver->m_pData, snapshot);
 }
 
 bool Unit::UseBoard(const Target& target, ISerBase& port) {
@@ -168,7 +163,7 @@ bool Unit::UseBoard(const Target& target, ISerBase& port) {
   if (board == nullptr) throw std::bad_alloc();
   BoardAnswers answers{};
   board->InitHandler(&port);
-  const PollResult result = PollOnce(kBoard, &port, 0, recorder_, [&] {
+  const PollResult result = PollOnce(kAlarmBoard, &port, 0, recorder_, [&] {
     char number[] = "5550100";
     char text[] = "Water under the floor";
     const bool good = board->Alm_ctrl_init() == 1 && board->Alm_get_status(&answers.status) == 0 &&
@@ -177,7 +172,7 @@ bool Unit::UseBoard(const Target& target, ISerBase& port) {
   });
   board->InitHandler(nullptr);
   CHubAlarm::FreeInstance();
-  return Show(target, result, reinterpret_cast<const BYTE*>(&answers));
+  return Show(target, result, kBoardFields, reinterpret_cast<const BYTE*>(&answers));
 }
 
 // A display never answers: all that can fail is the sending.
@@ -197,14 +192,14 @@ bool Unit::UseDisplay(const Target& target, ISerBase& port) {
   result.exchanges = recorder_.Exchanges();
   CHubMonitor::InitHandler(nullptr);
   CHubMonitor::FreeInstance();
-  return Show(target, result, nullptr);
+  return Show(target, result, {}, nullptr);
 }
 
-bool Unit::Show(const Target& target, const PollResult& result, const BYTE* record,
+bool Unit::Show(const Target& target, const PollResult& result, Fields fields, const BYTE* record,
                 const std::optional<Snapshot>& snapshot) const {
   if (arguments_.json) {
     ordered_json json = PollHead(target.kind, target.device.address, target.device.line, target.device.name, result);
-    AddOutcome(json, result, target.kind.fields, record);
+    AddOutcome(json, result, fields, record);
     if (snapshot) AddSnapshot(json, *snapshot);
     PrintJson(json);
     return !result.failure;
@@ -216,7 +211,7 @@ bool Unit::Show(const Target& target, const PollResult& result, const BYTE* reco
   if (result.failure) {
     std::cout << "  " << result.failure->message << '\n';
   } else {
-    PrintRecord(std::cout, target.kind.fields, record);
+    PrintRecord(std::cout, fields, record);
     if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
   }
   std::cout << "  " << Fixed(result.duration.count(), 1) << " ms\n" << std::endl;

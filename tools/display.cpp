@@ -31,8 +31,6 @@ constexpr char kExamples[] =
     "  fieldline display clock --port /dev/ttyUSB0\n"
     "  fieldline display clock \"2024-05-17 13:45:00\" --port COM2:9600,n,8,1";
 
-constexpr int kUsualBaud = 115200;
-
 struct Arguments {
   LineArguments line;
   bool json = false;
@@ -87,7 +85,7 @@ DIWEN_RTC_DATA DisplayClock(const CalendarTime& time) {
 }
 
 ExitCode Run(const Arguments& arguments, const Operation& operation) {
-  const Line line = ResolveLine(arguments.line, std::to_string(kUsualBaud) + ",n,8,1");
+  const Line line = ResolveLine(arguments.line, kDisplay.UsualSettings());
   CHubSerFactory* const ports = CHubSerFactory::GetInstance();
   ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
   CHubMonitor* const display = CHubMonitor::GetInstance();
@@ -107,7 +105,7 @@ ExitCode Run(const Arguments& arguments, const Operation& operation) {
     ordered_json json = {
         {"schema",    kJsonSchema         },
         {"time",      IsoTime(time)       },
-        {"kind",      "display"           },
+        {"kind",      kDisplay.name       },
         {"operation", operation.name      },
         {"port",      line.shown          },
         {"ok",        !failure.has_value()}

@@ -35,6 +35,9 @@ constexpr Kind kKinds[] = {
 
 }  // namespace
 
+const Kind kAlarmBoard = {"alarm", "alarm board", SERDAT_ALARM, "CHubAlarm", kAlarm, 115200, 0, 0, {}};
+const Kind kDisplay = {"display", "serial display", SERDAT_MONITOR, "CHubMonitor", kDgus, 115200, 0, 0, {}};
+
 std::span<const Kind> Kinds() { return kKinds; }
 
 const Kind* FindKind(std::string_view name) {
@@ -46,6 +49,9 @@ const Kind* FindKind(std::string_view name) {
 
 const Kind& RequireKind(std::string_view name) {
   if (const Kind* const kind = FindKind(name)) return *kind;
+  if (name == kAlarmBoard.name || name == kDisplay.name) {
+    throw UsageError("\"" + std::string(name) + "\" is not polled; see fieldline " + std::string(name) + " --help");
+  }
   std::vector<std::string> names;
   for (const Kind& kind : kKinds) names.emplace_back(kind.name);
   throw UsageError("there is no kind \"" + std::string(name) + "\"; the kinds are " + Join(names));
@@ -69,6 +75,8 @@ std::string_view ProtocolName(Protocol protocol) {
       return "UG3#";
     case kAlarm:
       return "alarm board frames";
+    case kDgus:
+      return "DWIN DGUS";
   }
   return {};
 }

@@ -19,6 +19,7 @@ enum class Protocol {
   kVc0706,    // commands of the VC0706
   kUg3,       // "UG3#" and a stream
   kAlarm,     // frames of the alarm board
+  kDgus,      // frames of the display
 };
 
 // A kind of device as the command knows it.
@@ -30,14 +31,19 @@ struct Kind {
   Protocol protocol;
   int baud;                 // bit/s, as such devices are usually set, with n,8,1
   int address;              // usual; 0 where the protocol has none
-  std::size_t record_size;  // bytes
+  std::size_t record_size;  // bytes; 0 for none
   Fields fields;
 
   bool HasAddress() const { return address != 0; }
   std::string UsualSettings() const { return std::to_string(baud) + ",n,8,1"; }
 };
 
+// All that are polled.
 std::span<const Kind> Kinds();
+
+// These two have verbs of their own, and no record.
+extern const Kind kAlarmBoard;
+extern const Kind kDisplay;
 
 // Null when there is no such kind.
 const Kind* FindKind(std::string_view name);

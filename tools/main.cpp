@@ -1,7 +1,9 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "fieldline/sensor/sensor_factory.h"
@@ -33,8 +35,19 @@ constexpr char kExitCodes[] =
     "  4  nothing answered\n"
     "  5  what came is not the reply that was asked for";
 
+// CLI11 writes "--trace{-}", for what the option is without a value.
+class HelpFormatter final : public CLI::Formatter {
+ public:
+  std::string make_option_name(const CLI::Option* option, bool is_positional) const override {
+    std::string name = CLI::Formatter::make_option_name(option, is_positional);
+    if (const std::size_t value = name.find("{-}"); value != std::string::npos) name.replace(value, 3, "[=FILE]");
+    return name;
+  }
+};
+
 int Main(int argc, char** argv) {
   CLI::App app("Talks to the field devices of a machine-room monitoring unit, and simulates them.", "fieldline");
+  app.formatter(std::make_shared<HelpFormatter>());
   app.set_version_flag("--version", FIELDLINE_VERSION);
   app.require_subcommand(1);
   app.footer(kExitCodes);

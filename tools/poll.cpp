@@ -143,7 +143,7 @@ Verb AddPoll(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("poll", "Poll a device and show its record");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->kind, "Kind of device")->required();
+  command.add_option("KIND", arguments->kind, "Kind of device")->type_name("")->required();
   AddLineOptions(command, arguments->line);
   AddNumber(command, "--address", 0, 255, "Bus address [usual one of the kind]",
             [arguments](int address) { arguments->address = address; });

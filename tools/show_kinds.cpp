@@ -31,25 +31,29 @@ ordered_json ToJson(const Kind& kind) {
       {"protocol",    ProtocolName(kind.protocol)},
       {"settings",    nullptr                    },
       {"address",     nullptr                    },
-      {"record_size", kind.record_size           }
+      {"record_size", nullptr                    }
   };
   if (HasLine(kind)) json["settings"] = kind.UsualSettings();
+  if (kind.record_size != 0) json["record_size"] = kind.record_size;
   if (kind.HasAddress()) json["address"] = kind.address;
   return json;
 }
 
 ExitCode Run(bool json) {
+  std::vector<Kind> kinds(Kinds().begin(), Kinds().end());
+  kinds.insert(kinds.end(), {kAlarmBoard, kDisplay});
   if (json) {
-    for (const Kind& kind : Kinds()) PrintJson(ToJson(kind));
+    for (const Kind& kind : kinds) PrintJson(ToJson(kind));
     return ExitCode::kGood;
   }
   std::vector<TableRow> rows = {
       {"KIND", "DEVICE", "CLASS", "PROTOCOL", "SETTINGS", "ADDRESS", "RECORD"}
   };
-  for (const Kind& kind : Kinds()) {
+  for (const Kind& kind : kinds) {
     rows.push_back({std::string(kind.name), std::string(kind.description), std::string(kind.driver),
                     std::string(ProtocolName(kind.protocol)), HasLine(kind) ? kind.UsualSettings() : "-",
-                    kind.HasAddress() ? std::to_string(kind.address) : "-", std::to_string(kind.record_size)});
+                    kind.HasAddress() ? std::to_string(kind.address) : "-",
+                    kind.record_size != 0 ? std::to_string(kind.record_size) : "-"});
   }
   PrintTable(std::cout, rows);
   std::cout << "SETTINGS and ADDRESS are the usual ones, RECORD is in bytes.\n";

@@ -174,7 +174,8 @@ Verb AddRecord(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("record", "Show how a record is laid out");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->name, "Kind of device, or device-id, device-status, device-req, display-clock");
+  command.add_option("KIND", arguments->name, "Kind of device, or device-id, device-status, device-req, display-clock")
+      ->type_name("");
   CLI::Option* const json = command.add_flag("--json", arguments->json, "One JSON object");
   command.add_flag("--markdown", arguments->markdown, "All records as one page")->excludes(json);
   return {&command, [arguments] { return Run(*arguments); }};

@@ -239,7 +239,7 @@ Verb AddSim(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("sim", "Simulate a machine room, or some devices, until Ctrl-C");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->kinds, "Kinds of devices, each on a line of its own");
+  command.add_option("KIND", arguments->kinds, "Kinds of devices, each on a line of its own")->type_name("");
   command.add_flag("--all", arguments->all, "A whole machine room; the default");
   command.add_option("--links", arguments->links, "Directory for links that are called after the lines, until the end")
       ->type_name("DIR");

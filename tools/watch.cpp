@@ -173,7 +173,7 @@ Verb AddWatch(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("watch", "Poll all devices of a site until Ctrl-C");
   command.footer(kExamples);
-  command.add_option("FILE", arguments->file, "Site file, see docs/commissioning.md")->required();
+  command.add_option("FILE", arguments->file, "Site file, see docs/commissioning.md")->type_name("")->required();
   AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make of each device; 0: until Ctrl-C [0]",
             [arguments](int count) { arguments->count = count; });
   AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",

@@ -29,6 +29,8 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
       {"",                                         "subcommand is required"                       },
       {"poll",                                     "KIND is required"                             },
       {"poll toaster --port COM1",                 "the kinds are envir, "                        },
+      {"poll alarm --port COM1",                   "see fieldline alarm --help"                   },
+      {"poll ups --address 1 --port COM1",         "ups has no address; leave out"                },
       {"poll envir",                               "such as --port /dev/ttyUSB0:2400,n,8,1"       },
       {"poll envir --port COM0",                   "\"COM0\" is no device name: write COM1"       },
       {"poll envir --port com1",                   "\"com1\" is no device name"                   },

@@ -93,6 +93,7 @@ TEST(Record, FieldsLieSideBySideWithinTheirRecord) {
   int records = 0;
   for (std::string line; std::getline(lines, line); ++records) {
     const json kind = json::parse(line);
+    if (kind["record_size"].is_null()) continue;
     const ToolResult result = RunTool({"record", kind["kind"], "--json"});
     ASSERT_EQ(result.status, 0) << kind;
     const json record = json::parse(result.out);
