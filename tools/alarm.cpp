@@ -16,11 +16,12 @@
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
 #include "tools/poller.h"
 #include "tools/progress.h"
 #include "tools/report.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
@@ -38,9 +39,7 @@ constexpr std::size_t kLongestPayload = 506;  // bytes of a frame, final zeros i
 
 struct Arguments {
   LineArguments line;
-  bool json = false;
-  bool quiet = false;
-  std::string trace;
+  OutputArguments output;
   // Each operation has some of these.
   std::string number;
   std::string text;
@@ -169,7 +168,7 @@ class BoardController {
 // Tells how far an MMS is.
 class TransferProgress final : public Progress {
  public:
-  TransferProgress(ISerBase* port, bool quiet, std::size_t size) : Progress(port, quiet), size_(size) {}
+  TransferProgress(ISerBase* port, bool wanted, std::size_t size) : Progress(port, wanted), size_(size) {}
 
   void OnSerWrite(const BYTE* data, int count) override {
     constexpr BYTE kDataBlock = 0x13;
@@ -223,7 +222,8 @@ ordered_json Head(const Operation& operation, const Line& line, Time time, bool 
 ExitCode Run(const Operation& operation, Arguments& arguments) {
   CheckArguments(operation, arguments);
   const Line line = ResolveLine(arguments.line, kAlarmBoard.UsualSettings());
-  Recorder recorder(arguments.trace);
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
   BoardPort port(line);
   BoardController controller(port);
   OpenLine open_line(port, recorder);
@@ -233,7 +233,7 @@ ExitCode Run(const Operation& operation, Arguments& arguments) {
   ordered_json record = ordered_json::object();
   std::optional<Failure> failure = open_line.Open(line);
   if (!failure) {
-    TransferProgress progress(&port, arguments.quiet || arguments.trace == "-", arguments.data.size());
+    TransferProgress progress(&port, arguments.output.ShowsProgress(), arguments.data.size());
     progress.Begin("alarm " + std::string(operation.name));
     const int failed = operation.run(controller.board(), arguments, record);
     progress.End();
@@ -243,7 +243,7 @@ ExitCode Run(const Operation& operation, Arguments& arguments) {
   }
   const std::chrono::duration<double, std::milli> duration = std::chrono::steady_clock::now() - began;
 
-  if (arguments.json) {
+  if (arguments.output.json) {
     ordered_json json = Head(operation, line, time, !failure);
     json["duration_ms"] = std::round(duration.count() * 1000) / 1000;
     if (failure) {
@@ -290,9 +290,7 @@ Verb AddAlarm(CLI::App& app) {
   command.footer(kExamples);
   command.require_subcommand(1);
   AddLineOptions(command, arguments->line);
-  command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
   for (const Operation& operation : kOperations) {
     CLI::App& subcommand =
         *command.add_subcommand(std::string(operation.name), std::string(operation.description))->fallthrough();

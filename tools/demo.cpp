@@ -19,6 +19,7 @@
 #include "sim/room.h"
 #include "sim/scenario.h"
 #include "tools/kinds.h"
+#include "tools/output_option.h"
 #include "tools/picture_progress.h"
 #include "tools/poller.h"
 #include "tools/report.h"
@@ -43,8 +44,7 @@ constexpr char kExamples[] =
 
 struct Arguments {
   bool watch = false;
-  bool json = false;
-  bool quiet = false;
+  OutputArguments output;
 };
 
 // What is asked of the alarm board, as a record.
@@ -93,7 +93,8 @@ class Unit {
   const sim::Room& room_;
   const std::string flash_root_;
   const Arguments& arguments_;
-  Recorder recorder_;
+  TraceOutput trace_{arguments_.output.trace};
+  Recorder recorder_{&trace_};
 };
 
 ISerBase& PortOf(std::string_view line) {
@@ -119,7 +120,7 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
   const std::string settings = line.baud != 0 ? std::to_string(line.baud) + ",n,8,1" : "";
   const std::string shown = std::string(line.name) + ':' + settings;
   const Target target = {KindOf(device), device};
-  if (!arguments_.json) {
+  if (!arguments_.output.json) {
     std::cout << device.name << ": " << Subject(target.kind, device.address) << " on " << shown << " = " << path
               << std::endl;
   }
@@ -149,7 +150,7 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
 bool Unit::PollDriver(const Target& target, ISerBase* port) {
   CSensorBase* const driver = DriverOf(target.kind);
   if (driver == nullptr) throw std::bad_alloc();
-  PictureProgress progress(port, arguments_.quiet);
+  PictureProgress progress(port, arguments_.output.ShowsProgress());
   progress.Begin(std::string(target.device.name));
   PollResult result = PollOnce(target.kind, *driver, port, target.device.address, recorder_);
   progress.End();
@@ -197,7 +198,7 @@ bool Unit::UseDisplay(const Target& target, ISerBase& port) {
 
 bool Unit::Show(const Target& target, const PollResult& result, Fields fields, const BYTE* record,
                 const std::optional<Snapshot>& snapshot) const {
-  if (arguments_.json) {
+  if (arguments_.output.json) {
     ordered_json json = PollHead(target.kind, target.device.address, target.device.line, target.device.name, result);
     AddOutcome(json, result, fields, record);
     if (snapshot) AddSnapshot(json, *snapshot);
@@ -245,9 +246,10 @@ ExitCode Run(const Arguments& arguments) {
     }
   } while (arguments.watch && !Interrupted());
   const std::chrono::duration<double> duration = steady_clock::now() - began;
-  if (!arguments.quiet || !arguments.json) {
-    (arguments.json ? std::cerr : std::cout) << good << " of " << polls << " polls were answered as they should be, in "
-                                             << Fixed(duration.count(), 1) << " s" << std::endl;
+  if (!arguments.output.quiet || !arguments.output.json) {
+    (arguments.output.json ? std::cerr : std::cout)
+        << good << " of " << polls << " polls were answered as they should be, in " << Fixed(duration.count(), 1)
+        << " s" << std::endl;
   }
   SetFlashRoot(nullptr);
   const bool complete = arguments.watch || polls == static_cast<int>(layout.devices.size());
@@ -262,8 +264,7 @@ Verb AddDemo(CLI::App& app) {
       *app.add_subcommand("demo", "Poll every device of a simulated machine room, and show what passes");
   command.footer(kExamples);
   command.add_flag("--watch", arguments->watch, "Over and over, with values that wander, until Ctrl-C");
-  command.add_flag("--json", arguments->json, "One JSON object a line");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
+  AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

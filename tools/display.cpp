@@ -13,10 +13,11 @@
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
 #include "tools/poller.h"
 #include "tools/report.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
@@ -33,9 +34,7 @@ constexpr char kExamples[] =
 
 struct Arguments {
   LineArguments line;
-  bool json = false;
-  bool quiet = false;  // there is nothing to leave out
-  std::string trace;
+  OutputArguments output;
   int address = 0;
   int value = 0;
   int page = 0;
@@ -90,7 +89,8 @@ ExitCode Run(const Arguments& arguments, const Operation& operation) {
   ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
   CHubMonitor* const display = CHubMonitor::GetInstance();
   if (port == nullptr || display == nullptr) throw std::bad_alloc();
-  Recorder recorder(arguments.trace);
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
   OpenLine open_line(*port, recorder);
   std::optional<Failure> failure = open_line.Open(line);
   const Time time = std::chrono::system_clock::now();
@@ -101,7 +101,7 @@ ExitCode Run(const Arguments& arguments, const Operation& operation) {
   }
   CHubMonitor::FreeInstance();
 
-  if (arguments.json) {
+  if (arguments.output.json) {
     ordered_json json = {
         {"schema",    kJsonSchema         },
         {"time",      IsoTime(time)       },
@@ -128,9 +128,7 @@ Verb AddDisplay(CLI::App& app) {
   command.footer(kExamples);
   command.require_subcommand(1);
   AddLineOptions(command, arguments->line);
-  command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
 
   CLI::App& set = *command.add_subcommand("set", "Write a variable")->fallthrough();
   AddNumber(set, "ADDRESS", 0, 0xFFFF, "Address of the variable", [arguments](int address) {

@@ -23,11 +23,13 @@ std::vector<std::chrono::milliseconds> Intervals(const SiteLine& line) {
 
 }  // namespace
 
-LineWorker::LineWorker(const SiteLine& line, SharedDrivers& drivers, const WatchLimits& limits, Report report)
+LineWorker::LineWorker(const SiteLine& line, SharedDrivers& drivers, const WatchLimits& limits, TraceOutput& trace,
+                       Report report)
     : line_(line),
       drivers_(drivers),
       limits_(limits),
       report_(std::move(report)),
+      recorder_(&trace, line.name),
       schedule_(Intervals(line), Clock::now()),
       polls_(line.devices.size()) {}
 

@@ -27,7 +27,8 @@ class LineWorker {
   using Report = std::function<void(const SiteDevice&, const PollResult&, std::span<const BYTE> record)>;
 
   // All must outlive the worker; `drivers` has one for every kind on the line.
-  LineWorker(const SiteLine& line, SharedDrivers& drivers, const WatchLimits& limits, Report report);
+  LineWorker(const SiteLine& line, SharedDrivers& drivers, const WatchLimits& limits, TraceOutput& trace,
+             Report report);
 
   // Until a limit is reached or Ctrl-C.
   void Run();

@@ -12,13 +12,14 @@
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
 #include "tools/picture_progress.h"
 #include "tools/poller.h"
 #include "tools/report.h"
 #include "tools/snapshot.h"
 #include "tools/statistics.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
@@ -40,10 +41,8 @@ struct Arguments {
   int count = 1;
   int until_good = 0;
   std::chrono::milliseconds interval{1000};
-  bool json = false;
-  bool quiet = false;
+  OutputArguments output;
   std::string flash_root;
-  std::string trace;
 };
 
 // What is polled, and where.
@@ -77,7 +76,7 @@ void ShowPoll(const Target& target, const PollResult& result, const BYTE* record
 ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBase& driver, ISerBase* port,
                     Recorder& recorder) {
   const bool camera = IsCamera(target.kind);
-  PictureProgress progress(port, arguments.quiet || arguments.trace == "-");
+  PictureProgress progress(port, arguments.output.ShowsProgress());
   const int most = arguments.until_good != 0 ? arguments.until_good : arguments.count;
   Statistics statistics;
   std::optional<Failure> last_failure;
@@ -89,7 +88,7 @@ ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBas
     if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver.m_pData, &result);
     progress.End();
     statistics.Add(result);
-    ShowPoll(target, result, driver.m_pData, snapshot, arguments.json);
+    ShowPoll(target, result, driver.m_pData, snapshot, arguments.output.json);
     last_failure = result.failure;
     if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
     if (arguments.until_good != 0 && !result.failure) break;
@@ -99,7 +98,7 @@ ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBas
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
     if (wait.count() > 0) SleepUnlessInterrupted(static_cast<int>(wait.count()));
   }
-  if (most != 1 && !arguments.quiet) statistics.Print(std::cerr);
+  if (most != 1 && !arguments.output.quiet) statistics.Print(std::cerr);
   return arguments.until_good != 0 && !last_failure ? ExitCode::kGood : statistics.Result();
 }
 
@@ -115,7 +114,8 @@ ExitCode Run(const Arguments& arguments) {
     if (!IsCamera(kind)) throw UsageError("--flash-root is for cameras; leave it out");
     UseFlashRoot(arguments.flash_root);
   }
-  Recorder recorder(arguments.trace);
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
 
   if (kind.protocol == Protocol::kLocal) {
     ApplyMaps(arguments.line);
@@ -130,7 +130,7 @@ ExitCode Run(const Arguments& arguments) {
   if (port == nullptr) throw std::bad_alloc();
   OpenLine open_line(*port, recorder);
   if (const std::optional<Failure> failure = open_line.Open(line)) {
-    ShowPoll(target, FailedToOpen(*failure), nullptr, {}, arguments.json);
+    ShowPoll(target, FailedToOpen(*failure), nullptr, {}, arguments.output.json);
     return failure->exit;
   }
   CatchInterrupts();
@@ -155,9 +155,7 @@ Verb AddPoll(CLI::App& app) {
   AddDuration(command, "--interval", "From the start of a poll to the next, in ms, or as 250ms or 5s [1s]",
               [arguments](std::chrono::milliseconds interval) { arguments->interval = interval; });
   AddFlashRoot(command, arguments->flash_root);
-  command.add_flag("--json", arguments->json, "One JSON object a line");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

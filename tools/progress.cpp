@@ -14,9 +14,9 @@ constexpr auto kRedraw = 200ms;
 
 }  // namespace
 
-Progress::Progress(ISerBase* port, bool quiet) : port_(port) {
+Progress::Progress(ISerBase* port, bool wanted) : port_(port) {
   if (port_ != nullptr) port_->InsertObserver(this);
-  if (!quiet && IsTerminal(Stream::kError)) drawer_ = std::thread([this] { Run(); });
+  if (wanted && IsTerminal(Stream::kError)) drawer_ = std::thread([this] { Run(); });
 }
 
 Progress::~Progress() {

@@ -14,8 +14,8 @@ namespace fieldline::tool {
 // standard error that is written over and erased in the end; on a terminal only.
 class Progress : public ISerObserver {
  public:
-  // Hears what passes through `port`, which may be null. Draws nothing when `quiet`.
-  Progress(ISerBase* port, bool quiet);
+  // Hears what passes through `port`, which may be null. Draws when `wanted`.
+  Progress(ISerBase* port, bool wanted);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

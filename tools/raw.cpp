@@ -16,11 +16,12 @@
 #include "tools/duration_option.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
 #include "tools/poller.h"
 #include "tools/raw_frame.h"
 #include "tools/report.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
@@ -44,9 +45,7 @@ struct Arguments {
   std::string append;
   int read = 0;  // bytes; 0: until the line falls silent
   std::chrono::milliseconds wait{1000};
-  bool json = false;
-  bool quiet = false;
-  std::string trace;
+  OutputArguments output;
 };
 
 std::string Printable(std::span<const BYTE> bytes) {
@@ -98,7 +97,8 @@ ExitCode Run(const Arguments& arguments) {
   CHubSerFactory* const ports = CHubSerFactory::GetInstance();
   ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
   if (port == nullptr) throw std::bad_alloc();
-  Recorder recorder(arguments.trace);
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
   OpenLine open_line(*port, recorder);
 
   const Time time = std::chrono::system_clock::now();
@@ -123,7 +123,7 @@ ExitCode Run(const Arguments& arguments) {
   const std::chrono::duration<double, std::milli> duration = std::chrono::steady_clock::now() - began;
 
   const std::string meaning = DescribeReply(request, reply);
-  if (arguments.json) {
+  if (arguments.output.json) {
     ordered_json json = {
         {"schema",      kJsonSchema                               },
         {"time",        IsoTime(time)                             },
@@ -143,7 +143,7 @@ ExitCode Run(const Arguments& arguments) {
   } else if (failure) {
     ShowFailure(line.shown, *failure);
   } else {
-    if (!arguments.quiet) std::cerr << "sent " << Hex(request) << '\n';
+    if (!arguments.output.quiet) std::cerr << "sent " << Hex(request) << '\n';
     Dump(reply);
     if (!meaning.empty()) std::cout << meaning << '\n';
     std::cout << std::flush;
@@ -171,9 +171,7 @@ Verb AddRaw(CLI::App& app) {
             [arguments](int count) { arguments->read = count; });
   AddDuration(command, "--wait", "For the first byte, without --read [1s]",
               [arguments](std::chrono::milliseconds wait) { arguments->wait = wait; });
-  command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

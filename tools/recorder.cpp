@@ -18,13 +18,14 @@ std::vector<Exchange> Recorder::Exchanges() const {
 
 void Recorder::Add(bool sent, const BYTE* data, int count) {
   blocks_.push_back({sent, Bytes(data, data + count), std::chrono::steady_clock::now()});
-  if (trace_.IsWanted()) Show(blocks_.back());
+  if (trace_ != nullptr && trace_->IsWanted()) Show(blocks_.back());
 }
 
 void Recorder::Show(const Block& block) {
   const Exchange exchange = Exchanges().back();
-  trace_.Show(block.sent ? "-> " : "<- ", block.bytes,
-              block.sent ? DescribeRequest(exchange.request) : DescribeReply(exchange.request, exchange.reply));
+  const std::string mark = (line_.empty() ? "" : line_ + ' ') + (block.sent ? "-> " : "<- ");
+  trace_->Show(mark, block.bytes,
+               block.sent ? DescribeRequest(exchange.request) : DescribeReply(exchange.request, exchange.reply));
 }
 
 }  // namespace fieldline::tool

@@ -3,11 +3,12 @@
 #include <chrono>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fieldline/serial/i_ser_observer.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 
@@ -28,8 +29,9 @@ struct Exchange {
 // Keeps what passes during a poll, and shows it if asked.
 class Recorder : public ISerObserver {
  public:
-  // `trace`: where to show it as it passes, with what it means.
-  explicit Recorder(const std::string& trace = {}) : trace_(trace) {}
+  // `trace`, which outlives this, shows what passes and what it means; null for no such thing. Where several recorders
+  // share one, `line` tells theirs apart.
+  explicit Recorder(TraceOutput* trace, std::string line = {}) : trace_(trace), line_(std::move(line)) {}
 
   void OnSerRead(const BYTE* data, int count) override { Add(false, data, count); }
   void OnSerWrite(const BYTE* data, int count) override { Add(true, data, count); }
@@ -42,7 +44,8 @@ class Recorder : public ISerObserver {
   void Add(bool sent, const BYTE* data, int count);
   void Show(const Block& block);
 
-  TraceOutput trace_;
+  TraceOutput* const trace_;
+  const std::string line_;
   std::vector<Block> blocks_;
 };
 

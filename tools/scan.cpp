@@ -17,12 +17,13 @@
 #include "tools/kinds.h"
 #include "tools/line_option.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
 #include "tools/poller.h"
 #include "tools/probe_port.h"
 #include "tools/progress.h"
 #include "tools/report.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
@@ -44,9 +45,7 @@ struct Arguments {
   LineArguments line;
   std::optional<int> from;
   std::optional<int> to;
-  bool json = false;
-  bool quiet = false;
-  std::string trace;
+  OutputArguments output;
 };
 
 struct Probe {
@@ -203,8 +202,9 @@ class Scan {
   explicit Scan(const Arguments& arguments)
       : arguments_(arguments),
         passes_(PlanPasses(arguments)),
-        recorder_(arguments.trace),
-        progress_(nullptr, arguments.quiet || arguments.trace == "-") {
+        trace_(arguments.output.trace),
+        recorder_(&trace_),
+        progress_(nullptr, arguments.output.ShowsProgress()) {
     for (const Pass& pass : passes_) probes_ += pass.probes.size();
   }
 
@@ -269,7 +269,7 @@ class Scan {
     const PollResult result = PollOnce(probe.kind, *driver, &port_, probe.address, recorder_);
     if (!result.failure) {
       progress_.Erase();
-      Show(probe, result, line, arguments_.json);
+      Show(probe, result, line, arguments_.output.json);
       ++counts_.found;
       here_.accepted = true;
     } else if (result.failure->exit == ExitCode::kNoLine) {
@@ -292,7 +292,7 @@ class Scan {
     if (here.accepted) return true;
     ++counts_.refused;
     progress_.Erase();
-    Show(*here.refused_probe, *here.refused, line, arguments_.json);
+    Show(*here.refused_probe, *here.refused, line, arguments_.output.json);
     if (here.refused->failure->code == "echo" && ++counts_.echoes == kEnoughEchoes &&
         counts_.echoes == counts_.addresses) {
       Warn("every address gives the request back; the scan ends, see to the wiring or the adapter's echo first");
@@ -307,7 +307,7 @@ class Scan {
     if (counts_.addresses >= kSuspicious && counts_.answered == counts_.addresses) {
       Warn("every address answers: one device that answers to all of them, or noise, is likelier than so many devices");
     }
-    if (!arguments_.quiet) {
+    if (!arguments_.output.quiet) {
       std::cerr << (Interrupted() ? "interrupted: " : "") << counts_.addresses
                 << (counts_.addresses == 1 ? " address" : " addresses") << " probed on " << line.shown << ", "
                 << counts_.found << " found\n";
@@ -316,7 +316,7 @@ class Scan {
 
   void ShowNoLine(const Line& line, const Failure& failure) {
     progress_.End();
-    if (!arguments_.json) {
+    if (!arguments_.output.json) {
       ShowFailure("scan", failure);
       return;
     }
@@ -331,6 +331,7 @@ class Scan {
   const Arguments& arguments_;
   const std::vector<Pass> passes_;
   ProbePort port_;
+  TraceOutput trace_;
   Recorder recorder_;
   Progress progress_;
   AddressResult here_;
@@ -352,9 +353,7 @@ Verb AddScan(CLI::App& app) {
             [arguments](int address) { arguments->from = address; });
   AddNumber(command, "--to", 0, 255, "Last address [247 for Modbus, else 255]",
             [arguments](int address) { arguments->to = address; });
-  command.add_flag("--json", arguments->json, "One JSON object a line for each answer");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Scan(*arguments).Run(); }};
 }
 

@@ -21,15 +21,18 @@
 #include "tools/fault_option.h"
 #include "tools/link_directory.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
+#include "tools/report.h"
 #include "tools/scenario_file.h"
 #include "tools/scratch_directory.h"
 #include "tools/sim_report.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
 
+using nlohmann::ordered_json;
 using std::chrono::milliseconds;
 
 constexpr char kExamples[] =
@@ -54,8 +57,7 @@ struct Arguments {
   std::string image;
   bool drift = false;
   bool one_line = false;
-  bool quiet = false;
-  std::string trace;
+  OutputArguments output;
   bool list = false;
 };
 
@@ -150,16 +152,28 @@ void RefuseWithRoom(bool given, const char* option) {
 }
 
 // Tells of an event, and brings the links up to date with it.
-void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirectory* links) {
-  if (event.at.count() > 0) {
-    std::cout << Fixed(static_cast<double>(event.at.count()) / 1000, 1) << " s  " << event.note << std::endl;
-  }
+void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirectory* links, bool json) {
+  ordered_json object = {
+      {"schema", kJsonSchema                              },
+      {"time",   IsoTime(std::chrono::system_clock::now())},
+      {"at_ms",  event.at.count()                         },
+      {"event",  event.note                               },
+      {"paths",  ordered_json::object()                   }
+  };
+  std::string text;
+  if (event.at.count() > 0) text = Fixed(static_cast<double>(event.at.count()) / 1000, 1) + " s  " + event.note + '\n';
   for (const auto* lines : {&event.unplugged, &event.replugged}) {
     for (const std::string& line : *lines) {
       const std::string path = room.Path(line);
       if (links != nullptr) links->Point(line, path);
-      std::cout << "  " << line << (path.empty() ? " is unplugged" : " is " + path) << std::endl;
+      text += "  " + line + (path.empty() ? " is unplugged" : " is " + path) + '\n';
+      object["paths"][line] = path.empty() ? ordered_json() : ordered_json(path);
     }
+  }
+  if (json) {
+    PrintJson(object);
+  } else {
+    std::cout << text << std::flush;
   }
 }
 
@@ -191,7 +205,7 @@ ExitCode Run(const Arguments& arguments) {
     for (const sim::RoomLine& line : layout.lines) links->RequireFree(line.name);
   }
 
-  TraceOutput trace(arguments.trace);
+  TraceOutput trace(arguments.output.trace);
   CatchInterrupts();
   // Only the room has inputs, which need a file.
   std::optional<ScratchDirectory> scratch;
@@ -205,7 +219,9 @@ ExitCode Run(const Arguments& arguments) {
     if (trace.IsWanted()) TraceLine(line.name, *serial, trace);
   }
   for (const sim::RoomDevice& device : layout.devices) {
-    if (sim::Device* const on_line = room.FindDevice(device.name)) ShowWhatArrives(*on_line);
+    if (sim::Device* const on_line = room.FindDevice(device.name)) {
+      ShowWhatArrives(device.name, *on_line, arguments.output.json);
+    }
   }
   if (!arguments.image.empty()) ShowPicture(arguments.image, layout, room);
   if (!room.Start()) {
@@ -219,16 +235,26 @@ ExitCode Run(const Arguments& arguments) {
   if (links) {
     for (const sim::RoomLine& line : layout.lines) links->Point(line.name, room.Path(line.name));
   }
-  std::cout << "seed " << seed << '\n';
   const PathOf path_of = [&](std::string_view line) { return links ? links->Path(line) : room.Path(line); };
-  (whole_room ? PrintRoom : PrintDevices)(layout, path_of);
-  if (!arguments.quiet) std::cerr << "Ctrl-C ends the simulation\n";
+  if (arguments.output.json) {
+    PrintJson({
+        {"schema", kJsonSchema},
+        {"seed",   seed       }
+    });
+    PrintRoomAsJson(layout, path_of);
+  } else {
+    std::cout << "seed " << seed << '\n';
+    (whole_room ? PrintRoom : PrintDevices)(layout, path_of);
+  }
+  if (!arguments.output.quiet) std::cerr << "Ctrl-C ends the simulation\n";
 
   constexpr int kStep = 100;  // ms
   const auto began = std::chrono::steady_clock::now();
   while (SleepUnlessInterrupted(kStep)) {
     const auto elapsed = std::chrono::floor<milliseconds>(std::chrono::steady_clock::now() - began);
-    for (const sim::ScenarioEvent& event : player.Advance(elapsed)) Report(event, room, links ? &*links : nullptr);
+    for (const sim::ScenarioEvent& event : player.Advance(elapsed)) {
+      Report(event, room, links ? &*links : nullptr, arguments.output.json);
+    }
   }
   return ExitCode::kGood;
 }
@@ -257,8 +283,7 @@ Verb AddSim(CLI::App& app) {
             [arguments](int seed) { arguments->seed = seed; });
   command.add_flag("--drift", arguments->drift, "Let the values wander");
   command.add_flag("--one-line", arguments->one_line, "All devices on one line, at addresses in a row");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
   command.add_flag("--list", arguments->list, "List the kinds and their values, and end");
   return {&command, [arguments] { return Run(*arguments); }};
 }

@@ -1,5 +1,6 @@
 #include "tools/sim_report.h"
 
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <span>
@@ -9,11 +10,14 @@
 #include "sim/display.h"
 #include "tools/dissect.h"
 #include "tools/kinds.h"
+#include "tools/report.h"
 #include "tools/table.h"
 #include "tools/text.h"
 
 namespace fieldline::tool {
 namespace {
+
+using nlohmann::ordered_json;
 
 // Empty for a device that no verb talks to.
 std::string Suggestion(const sim::RoomDevice& device, const sim::RoomLine& line, const std::string& path) {
@@ -90,6 +94,27 @@ void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of) {
   std::cout << std::flush;
 }
 
+void PrintRoomAsJson(const sim::RoomLayout& layout, const PathOf& path_of) {
+  for (const sim::RoomDevice& device : layout.devices) {
+    const sim::RoomLine& line = sim::LineOf(layout, device);
+    const std::string path = path_of(line.name);
+    ordered_json json = {
+        {"schema",  kJsonSchema},
+        {"line",    line.name  },
+        {"path",    path       },
+        {"baud",    nullptr    },
+        {"device",  device.name},
+        {"kind",    device.kind},
+        {"address", nullptr    },
+        {"try",     nullptr    }
+    };
+    if (line.baud != 0) json["baud"] = line.baud;
+    if (device.address != 0) json["address"] = device.address;
+    if (const std::string suggestion = Suggestion(device, line, path); !suggestion.empty()) json["try"] = suggestion;
+    PrintJson(json);
+  }
+}
+
 void TraceLine(std::string_view name, sim::Line& line, TraceOutput& trace) {
   line.SetListener(
       [&trace, name = std::string(name), request = Bytes()](sim::Traffic traffic, std::span<const BYTE> bytes) mutable {
@@ -100,13 +125,26 @@ void TraceLine(std::string_view name, sim::Line& line, TraceOutput& trace) {
       });
 }
 
-void ShowWhatArrives(sim::Device& device) {
-  if (auto* const board = dynamic_cast<sim::AlarmBoard*>(&device)) {
-    board->SetListener([](const sim::AlarmMessage& message) {
-      std::cout << sim::ToText(message) + '\n' << std::flush;
+void ShowWhatArrives(std::string_view name, sim::Device& device, bool json) {
+  const auto show = [name = std::string(name), json](const std::string& text) {
+    if (!json) {
+      std::cout << text + '\n' << std::flush;
+      return;
+    }
+    PrintJson({
+        {"schema", kJsonSchema                              },
+        {"time",   IsoTime(std::chrono::system_clock::now())},
+        {"device", name                                     },
+        {"shows",  text                                     }
     });
+  };
+  if (auto* const board = dynamic_cast<sim::AlarmBoard*>(&device)) {
+    board->SetListener([show](const sim::AlarmMessage& message) { show(sim::ToText(message)); });
   } else if (auto* const display = dynamic_cast<sim::Display*>(&device)) {
-    display->SetListener([](sim::Display& shown) { std::cout << shown.Screen() << std::flush; });
+    display->SetListener([show](sim::Display& shown) {
+      const std::string screen = shown.Screen();
+      show(screen.substr(0, screen.size() - 1));  // without its last line's end
+    });
   }
 }
 

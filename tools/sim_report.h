@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "sim/room.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 
@@ -20,10 +20,11 @@ using PathOf = std::function<std::string(std::string_view line)>;
 // Each device with the command that polls it: as a table, or two lines a device.
 void PrintRoom(const sim::RoomLayout& layout, const PathOf& path_of);
 void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of);
+void PrintRoomAsJson(const sim::RoomLayout& layout, const PathOf& path_of);
 
 // Shows what passes on a line of that name on `trace`, which outlives the line, and on standard output what arrives at
 // an alarm board or a display. Before the line starts.
 void TraceLine(std::string_view name, sim::Line& line, TraceOutput& trace);
-void ShowWhatArrives(sim::Device& device);
+void ShowWhatArrives(std::string_view name, sim::Device& device, bool json);
 
 }  // namespace fieldline::tool

@@ -10,13 +10,14 @@
 #include "fieldline/serial/hub_ser_test.h"
 #include "tools/kinds.h"
 #include "tools/line_option.h"
+#include "tools/output_option.h"
 #include "tools/picture_progress.h"
 #include "tools/poller.h"
 #include "tools/report.h"
 #include "tools/snapshot.h"
 #include "tools/statistics.h"
 #include "tools/text.h"
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 namespace fieldline::tool {
 namespace {
@@ -34,9 +35,7 @@ struct Arguments {
   std::vector<std::string> kinds;
   LineArguments line;
   std::string flash_root;
-  bool json = false;
-  bool quiet = false;
-  std::string trace;
+  OutputArguments output;
 };
 
 struct Target {
@@ -112,7 +111,8 @@ ExitCode Run(const Arguments& arguments) {
   std::vector<Target> targets;
   for (const std::string& kind : arguments.kinds) targets.push_back(ParseTarget(kind));
   if (!arguments.flash_root.empty()) UseFlashRoot(arguments.flash_root);
-  Recorder recorder(arguments.trace);
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
 
   const Line line = ResolveLine(arguments.line, targets.front().kind.UsualSettings());
   CHubSerFactory* const ports = CHubSerFactory::GetInstance();
@@ -120,19 +120,19 @@ ExitCode Run(const Arguments& arguments) {
   if (port == nullptr) throw std::bad_alloc();
   OpenLine open_line(*port, recorder);
   if (const std::optional<Failure> failure = open_line.Open(line)) {
-    Show(targets.front(), FailedToOpen(*failure), *port, line.shown, arguments.json);
+    Show(targets.front(), FailedToOpen(*failure), *port, line.shown, arguments.output.json);
     return failure->exit;
   }
 
   Statistics statistics;
-  PictureProgress progress(port, arguments.quiet || arguments.trace == "-");
+  PictureProgress progress(port, arguments.output.ShowsProgress());
   for (const Target& target : targets) {
     progress.Begin(Subject(target.kind, target.address));
     const PollResult result = PollOnce(target.kind, port, target.address, recorder,
                                        [&] { return port->GetData(target.kind.id, target.address); });
     progress.End();
     statistics.Add(result);
-    Show(target, result, *port, line.shown, arguments.json);
+    Show(target, result, *port, line.shown, arguments.output.json);
     if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
   }
   return statistics.Result();
@@ -148,9 +148,7 @@ Verb AddTestPort(CLI::App& app) {
       ->required();
   AddLineOptions(command, arguments->line);
   AddFlashRoot(command, arguments->flash_root);
-  command.add_flag("--json", arguments->json, "One JSON object a line");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
-  AddTraceOption(command, arguments->trace);
+  AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

@@ -15,9 +15,6 @@ struct Verb {
   std::function<ExitCode()> run;
 };
 
-// What --quiet does.
-constexpr char kQuiet[] = "Nothing but errors on standard error";
-
 // An argument that is wrong: what is wrong with it, and what to write in its place.
 class UsageError : public std::runtime_error {
  public:

@@ -18,6 +18,7 @@
 #include "tools/duration_option.h"
 #include "tools/line_worker.h"
 #include "tools/number_option.h"
+#include "tools/output_option.h"
 #include "tools/report.h"
 #include "tools/site.h"
 #include "tools/statistics.h"
@@ -30,7 +31,8 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr char kExamples[] =
-    "On a terminal the devices are a table; elsewhere, and with --json, every poll is a JSON object on a line.\n\n"
+    "On a terminal the devices are a table; elsewhere, with --json and with --trace, every poll is a JSON object on a\n"
+    "line.\n\n"
     "Examples:\n"
     "  fieldline watch examples/site.json\n"
     "  fieldline watch site.json --json --duration 3600s >night.jsonl\n"
@@ -40,8 +42,7 @@ struct Arguments {
   std::string file;
   int count = 0;
   std::optional<std::chrono::milliseconds> duration;
-  bool json = false;
-  bool quiet = false;
+  OutputArguments output;
 };
 
 // All that is known of a site's devices. Told by the threads of its lines.
@@ -132,7 +133,8 @@ SharedDrivers MakeDrivers(const Site& site) {
 ExitCode Run(const Arguments& arguments) {
   const Site site = ReadSite(arguments.file);
   SharedDrivers drivers = MakeDrivers(site);
-  const bool table = !arguments.json && IsTerminal(Stream::kOutput);
+  const bool table = !arguments.output.json && arguments.output.trace != "-" && IsTerminal(Stream::kOutput);
+  TraceOutput trace(arguments.output.trace);
   Watched watched(site, !table);
   WatchLimits limits{.polls = arguments.count};
   if (arguments.duration) limits.end = Schedule::Clock::now() + *arguments.duration;
@@ -140,7 +142,7 @@ ExitCode Run(const Arguments& arguments) {
   CatchInterrupts();
   std::deque<LineWorker> workers;
   for (const SiteLine& line : site.lines) {
-    workers.emplace_back(line, drivers, limits,
+    workers.emplace_back(line, drivers, limits, trace,
                          [&watched](const SiteDevice& device, const PollResult& result, std::span<const BYTE> record) {
                            watched.Add(device, result, record);
                          });
@@ -163,7 +165,7 @@ ExitCode Run(const Arguments& arguments) {
   }
   threads.clear();
   if (table) watched.Draw();
-  if (!arguments.quiet) watched.PrintStatistics(std::cerr);
+  if (!arguments.output.quiet) watched.PrintStatistics(std::cerr);
   return watched.Result();
 }
 
@@ -178,8 +180,7 @@ Verb AddWatch(CLI::App& app) {
             [arguments](int count) { arguments->count = count; });
   AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",
               [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; });
-  command.add_flag("--json", arguments->json, "One JSON object a line");
-  command.add_flag("--quiet", arguments->quiet, kQuiet);
+  AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

@@ -131,7 +131,7 @@ TEST(TestPort, ShowsTheRecordsThatItKeeps) {
 }
 
 TEST(PictureProgress, CountsTheBytesOfAPicture) {
-  tool::PictureProgress progress(nullptr, true);
+  tool::PictureProgress progress(nullptr, false);
   const auto write = [&](const char* hex) { progress.OnSerWrite(Hex(hex).data(), static_cast<int>(Hex(hex).size())); };
   const auto read = [&](const char* hex) { progress.OnSerRead(Hex(hex).data(), static_cast<int>(Hex(hex).size())); };
   write("55 47 33 23");

@@ -126,8 +126,8 @@ TEST(EveryVerb, SaysTheSameOnAPipeAndOnATerminal) {
   directory.WriteFile("site.json",
                       R"({"lines": {"A": {"path": ")" + room + R"(/ESL2", "settings": "9600,n,8,1", "timeout": "0,400",
                           "devices": {"floor": {"kind": "leak", "interval": 0}}}}})");
-  ToolProcess sim("sim --quiet --links " + room);
-  ASSERT_TRUE(sim.WaitForOutput(room + "/EIO1\n"));
+  ToolProcess sim("sim --json --quiet --links " + room);
+  ASSERT_TRUE(sim.WaitForOutput("fieldline poll di --map EIO1=" + room + "/EIO1\"}\n"));
   const struct {
     std::string words;
     int status;
@@ -161,6 +161,15 @@ TEST(EveryVerb, SaysTheSameOnAPipeAndOnATerminal) {
     EXPECT_EQ(terminal.status, status) << words;
     EXPECT_EQ(WithoutNumbers(terminal.out), WithoutNumbers(pipe.out)) << words;
   }
+
+  RunTool("watch --json --count 1 --trace=" + directory.Path("trace") + ' ' + directory.Path("site.json"));
+  EXPECT_THAT(directory.ReadFile("trace"), HasSubstr(" A -> 01 04 00 00 00 01 31 CA\n"));
+  sim.Interrupt();
+  const ToolResult simulated = sim.Finish();
+  EXPECT_EQ(simulated.status, 0);
+  EXPECT_EQ(simulated.err, "");
+  std::istringstream lines(simulated.out);
+  for (std::string line; std::getline(lines, line);) EXPECT_EQ(json::parse(line)["schema"], 1) << line;
 }
 
 TEST(Demo, PollsEveryDevice) {

@@ -1,4 +1,4 @@
-#include "tools/trace_option.h"
+#include "tools/trace_output.h"
 
 #include <chrono>
 #include <iostream>
@@ -7,13 +7,6 @@
 #include "tools/verb.h"
 
 namespace fieldline::tool {
-
-void AddTraceOption(CLI::App& command, std::string& trace) {
-  command.add_flag(
-      "--trace{-}", trace,
-      "Show every block of bytes and what it means on standard error, or with --trace=FILE in a file; times "
-      "are UTC");
-}
 
 TraceOutput::TraceOutput(const std::string& trace) {
   if (trace == "-") {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <fstream>
 #include <mutex>
 #include <ostream>
@@ -11,11 +10,6 @@
 #include "fieldline/types.h"
 
 namespace fieldline::tool {
-
-// Adds --trace to a subcommand. `trace` becomes what a TraceOutput takes. A path is taken from behind '=' alone, so
-// that
-// "--trace envir" leaves envir to be the kind.
-void AddTraceOption(CLI::App& command, std::string& trace);
 
 // Where blocks of bytes are shown as they pass. Any thread may show one.
 class TraceOutput {
