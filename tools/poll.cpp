@@ -97,6 +97,7 @@ ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBas
     next = std::max(next + arguments.interval, now);
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
     if (wait.count() > 0) SleepUnlessInterrupted(static_cast<int>(wait.count()));
+    if (result.failure && port != nullptr) port->Purge();  // what came late
   }
   if (most != 1 && !arguments.output.quiet) statistics.Print(std::cerr);
   return arguments.until_good != 0 && !last_failure ? ExitCode::kGood : statistics.Result();

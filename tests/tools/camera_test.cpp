@@ -67,11 +67,11 @@ TEST_F(CameraTool, PollsUntilThePictureIsGood) {
             {.fault = sim::Fault::kDrop,     .nth = 1},
             {.fault = sim::Fault::kTruncate, .nth = 6}
   });
-  ToolResult result = Poll("camera-3ge --until-good 2 --interval 0");
+  ToolResult result = Poll("camera-3ge --until-good 2 --interval 300ms");
   EXPECT_EQ(result.status, 5) << result.err;
   EXPECT_THAT(result.err, HasSubstr("the picture breaks off after "));
   EXPECT_THAT(result.err, HasSubstr("2 polls, 0 good, 2 failed"));
-  result = Poll("camera-3ge --until-good 2 --interval 0");
+  result = Poll("camera-3ge --until-good 2 --interval 300ms");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.err, HasSubstr("1 poll, 1 good, 0 failed"));
   EXPECT_THAT(result.out, HasSubstr(".jpeg, 4096 bytes\n"));
