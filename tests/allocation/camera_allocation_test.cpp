@@ -12,25 +12,17 @@ struct Counted {
   int result;
   int made;
   int left;  // made and not freed by the poll
+
+  bool operator==(const Counted&) const = default;
 };
 
-Counted Poll(CSensorBase& driver, ISerBase& port, bool has_memory) {
+Counted Poll(CSensorBase& driver, ISerBase& port, bool has_memory = true) {
   Allocations& heap = Heap();
-  heap.made = 0;
-  heap.alive = 0;
-  heap.fail = !has_memory;
-  heap.paused = false;
+  heap = {.fail = !has_memory};
   const int result = driver.GetData(&port, 0);
   heap.paused = true;
   heap.fail = false;
   return {result, heap.made, heap.alive};
-}
-
-void ExpectPoll(CSensorBase& driver, ISerBase& port, bool has_memory, Counted expected, const char* what) {
-  const Counted poll = Poll(driver, port, has_memory);
-  EXPECT_EQ(poll.result, expected.result) << what;
-  EXPECT_EQ(poll.made, expected.made) << what;
-  EXPECT_EQ(poll.left, expected.left) << what;
 }
 
 // A port whose device answers the first commands only.
@@ -51,24 +43,21 @@ TEST(CameraAllocation, IsOneImageBufferThatGoesWithThePoll) {
   const FlashImages flash;
   UncountedDevicePort port(sim::Make("camera", 0));
   CSensorCamera camera;
-  ExpectPoll(camera, port, true, {1, 1, 0}, "stored");
-  ExpectPoll(camera, port, false, {0, 0, 0}, "no memory");
+  EXPECT_EQ(Poll(camera, port), (Counted{1, 1, 0})) << "stored";
+  EXPECT_EQ(Poll(camera, port, false), (Counted{0, 0, 0})) << "no memory";
 
   FadingPort fading(&port);
   for (int reads = 0; reads < 6; ++reads) {
     fading.reads = reads;
-    ExpectPoll(camera, fading, true, {0, 1, 0}, "silence");
+    EXPECT_EQ(Poll(camera, fading), (Counted{0, 1, 0})) << "silence";
     port.Purge();
   }
   CSerBase closed(SER_COM);
-  ExpectPoll(camera, closed, true, {0, 0, 0}, "closed port");
-}
+  EXPECT_EQ(Poll(camera, closed), (Counted{0, 0, 0})) << "closed port";
 
-TEST(CameraAllocation, TheSecondCameraMakesNone) {
-  const FlashImages flash;
-  UncountedDevicePort port(sim::Make("camera-3ge", 0));
-  CSensorCamera3ge camera;
-  ExpectPoll(camera, port, true, {1, 0, 0}, "stored");
+  UncountedDevicePort second(sim::Make("camera-3ge", 0));
+  CSensorCamera3ge streaming;
+  EXPECT_EQ(Poll(streaming, second), (Counted{1, 0, 0})) << "the second camera makes none";
 }
 
 }  // namespace

@@ -68,13 +68,11 @@ class NearEnd {
 
 // Counts what a line tells; outlives it.
 struct Tally {
-  std::atomic<int> requests = 0;
   std::atomic<int> unclaimed = 0;
   std::atomic<int> garbled = 0;
 
   Line::Listener Listener() {
     return [this](Traffic traffic, std::span<const BYTE>) {
-      requests += traffic == Traffic::kRequest;
       unclaimed += traffic == Traffic::kUnclaimed;
       garbled += traffic == Traffic::kGarbled;
     };
@@ -164,27 +162,6 @@ TEST(Line, StopsInTheMiddleOfAReplyAndStartsAnew) {
   NearEnd near(line, 300);
   near.Send(Text("?"));
   EXPECT_EQ(near.Receive(1), Text("a"));
-}
-
-TEST(Line, InjuresRepliesByRule) {
-  Tally tally;
-  Line line;
-  line.Add(Probe(1, 29.1, -29.2));
-  line.SetFaults(Faults(1, {
-                               {.fault = Fault::kDrop, .nth = 2}
-  }));
-  line.SetListener(tally.Listener());
-  ASSERT_TRUE(line.Start());
-  NearEnd near(line, 9600);
-  EXPECT_EQ(near.Ask(kAskOne, 9), kFromOne);
-  EXPECT_EQ(near.AskInVain(kAskOne, tally.requests), "");
-  EXPECT_EQ(near.Ask(kAskOne, 9), kFromOne);
-  line.SetFaults(Faults(1, {
-                               {.fault = Fault::kCorrupt, .every = 1}
-  }));
-  EXPECT_NE(near.Ask(kAskOne, 9), kFromOne);
-  line.SetFaults({});
-  EXPECT_EQ(near.Ask(kAskOne, 9), kFromOne);
 }
 
 }  // namespace
