@@ -18,6 +18,7 @@
 #include "tools/number_option.h"
 #include "tools/output_option.h"
 #include "tools/poller.h"
+#include "tools/progress.h"
 #include "tools/raw_frame.h"
 #include "tools/report.h"
 #include "tools/text.h"
@@ -107,6 +108,8 @@ ExitCode Run(const Arguments& arguments) {
   Bytes reply;
   if (!failure) {
     CatchInterrupts();
+    Progress progress(port, arguments.output.ShowsProgress());
+    progress.Begin("raw");
     const int size = static_cast<int>(request.size());
     if (port->Write(request.data(), size) == size) {
       reply = Receive(*port, arguments, *line.timeout);

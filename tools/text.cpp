@@ -10,18 +10,11 @@
 namespace fieldline::tool {
 namespace {
 
-using std::chrono::duration_cast;
-
 template <typename... Args>
 std::string Print(const char* format, Args... args) {
   char text[64];
   std::snprintf(text, sizeof text, format, args...);
   return text;
-}
-
-template <typename Fraction>
-std::chrono::hh_mm_ss<Fraction> TimeOfDay(Time time) {
-  return std::chrono::hh_mm_ss(duration_cast<Fraction>(time - std::chrono::floor<std::chrono::days>(time)));
 }
 
 }  // namespace
@@ -63,20 +56,16 @@ std::string Join(std::span<const std::string> parts, std::string_view between) {
   return text;
 }
 
-std::string IsoTime(Time time) {
-  const std::chrono::year_month_day date(std::chrono::floor<std::chrono::days>(time));
-  const auto clock = TimeOfDay<std::chrono::milliseconds>(time);
-  return Print("%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
-               static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-               static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-               static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
-}
-
-std::string ClockTime(Time time) {
-  const auto clock = TimeOfDay<std::chrono::microseconds>(time);
-  return Print("%02d:%02d:%02d.%06d", static_cast<int>(clock.hours().count()),
-               static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()),
-               static_cast<int>(clock.subseconds().count()));
+std::string IsoTime(Time time, int digits) {
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::microseconds>(time - day));
+  std::string text = Print("%04d-%02u-%02uT%02d:%02d:%02d.%06d", static_cast<int>(date.year()),
+                           static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                           static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                           static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+  text.resize(text.size() - 6 + static_cast<std::size_t>(digits));
+  return text + 'Z';
 }
 
 std::string Alert(std::string_view text) {

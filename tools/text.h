@@ -27,8 +27,8 @@ std::string Join(std::span<const std::string> parts, std::string_view between = 
 
 using Time = std::chrono::system_clock::time_point;
 
-std::string IsoTime(Time time);    // 2024-05-17T13:45:00.123Z
-std::string ClockTime(Time time);  // 13:45:00.123456, UTC as well
+// 2024-05-17T13:45:00.123Z, with up to six digits of the second's fraction.
+std::string IsoTime(Time time, int digits = 3);
 
 // Red on a terminal, unless NO_COLOR is set.
 std::string Alert(std::string_view text);

@@ -21,7 +21,7 @@ TraceOutput::TraceOutput(const std::string& trace) {
 void TraceOutput::Show(std::string_view mark, std::span<const BYTE> bytes, std::string_view meaning) {
   constexpr std::size_t kMostOnStandardError = 512;
   const std::size_t most = out_ == &file_ ? SIZE_MAX : kMostOnStandardError;
-  const std::string head = ClockTime(std::chrono::system_clock::now()) + ' ' + std::string(mark);
+  const std::string head = IsoTime(std::chrono::system_clock::now(), 6) + ' ' + std::string(mark);
   const std::lock_guard lock(mutex_);
   *out_ << head << Hex(bytes, most) << '\n';
   if (!meaning.empty()) *out_ << std::string(head.size(), ' ') << meaning << '\n';
