@@ -152,6 +152,7 @@ bool CSensorUps::ReadIdentification(ISerBase* port) {
   std::string_view name;
   if (!CutField(&rest, &name)) return false;
   StoreName(m_pData, offsetof(UPS_DATA, maker), name);
+  if (kMaker + name.size() >= kModel) return false;  // it runs on where the model should be
 
   rest = reply.From(kModel);
   if (!CutField(&rest, &name)) return false;

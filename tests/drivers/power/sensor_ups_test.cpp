@@ -136,10 +136,15 @@ TEST_F(SensorUps, FailsAnAcceptedIdentificationThatIsNotWhole) {
   EXPECT_EQ(Poll(), 0) << "silence";
 }
 
-TEST_F(SensorUps, CutsALongNameTo31Characters) {
-  Status(kStatus).Ident("#" + std::string(40, 'x') + " y z\r").Ratings(kRatings);
+TEST_F(SensorUps, TakesNoModelOutOfALongMaker) {
+  Status(kStatus).Ident("#" + std::string(40, 'x') + " y z\r");
+  EXPECT_EQ(Poll(), 0);
+  EXPECT_EQ(Name(53), std::u16string(31, u'x')) << "cut to its field";
+  EXPECT_EQ(Name(117), u"");
+  Status(kStatus).Ident("#Megatecco       " + std::string(12, 'm') + " V1\r").Ratings(kRatings);
   EXPECT_EQ(Poll(), 1);
-  EXPECT_EQ(Name(53), std::u16string(31, u'x'));
+  EXPECT_EQ(Name(117), std::u16string(12, u'm'));
+  EXPECT_EQ(Name(181), u"m") << "what stands in the version's place";
 }
 
 TEST_F(SensorUps, AsksAgainForRatingsThatBreakOff) {
