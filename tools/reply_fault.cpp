@@ -115,7 +115,7 @@ std::optional<ReplyFault> FindCameraFault(const Bytes& request, const Bytes& rep
   }
   if (command == kGetLength && reply.size() >= kLengthPosition + 4) {
     return ReplyFault{"picture_size", "the camera's picture has " + Count(GetDwordBE(reply.data() + kLengthPosition)) +
-                                          " bytes; 4 to 65535 can be taken"};
+                                          " bytes; at most 65535 can be taken"};
   }
   if (command == kReadFrame && request.size() == 16) {
     constexpr std::size_t kHeadAndTrailer = 10;

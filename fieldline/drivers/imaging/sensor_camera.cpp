@@ -63,7 +63,6 @@ constexpr int kHeadLength = 5;
 constexpr int kTrailerLength = 5;
 constexpr BYTE kFirstBytes[] = {0x76, 0x00, 0x32, 0x00, 0x00, 0xFF, 0xD8};
 constexpr BYTE kLastBytes[] = {0xFF, 0xD9, 0x76, 0x00, 0x32, 0x00, 0x00};
-constexpr int kShortestImage = 4;  // the two marks
 static_assert(kHeadLength + 0xFFFF + kTrailerLength <= kImageCapacity);
 
 // Whether a reply begins as it must. Only what has been received is looked at.
@@ -87,8 +86,7 @@ int CSensorCamera::GetData(ISerBase* port, int) {
   }
 
   const auto announces = [&](int received) {
-    return Begins(reply, received, kGetLength.expected) && received >= kLengthReplyLength &&
-           GetWordBE(reply + kLengthPosition) >= kShortestImage;
+    return Begins(reply, received, kGetLength.expected) && received >= kLengthReplyLength;
   };
   if (!Exchange(port, kGetLength.command, reply, kGetLength.ask, announces)) return 0;
   m_data.length = GetWordBE(reply + kLengthPosition);
@@ -98,6 +96,7 @@ int CSensorCamera::GetData(ISerBase* port, int) {
   read_frame.bytes[kReadLengthPosition + 1] = reply[kLengthPosition + 1];
   const int ask = kHeadLength + m_data.length + kTrailerLength;
   const BYTE* const last_bytes = image.get() + ask - sizeof kLastBytes;
+  // A picture of less than four bytes has no room for both marks and never matches.
   const auto is_whole = [&](int received) {
     return received == ask && Begins(image.get(), received, kFirstBytes) &&
            std::equal(std::begin(kLastBytes), std::end(kLastBytes), last_bytes);

@@ -167,13 +167,21 @@ TEST_F(SensorCamera, GivesUpAtOnceOnSilenceAndOnARefusedCommand) {
 }
 
 TEST_F(SensorCamera, RefusesAPictureThatIsTooLongOrNone) {
-  for (const char* reply : {"76 00 34 00 04 00 01 00 00", "76 00 34 00 04 01 00 00 06", "76 00 34 00 04 00 00 00 03",
-                            "76 00 34 00 04 00 00 00 00"}) {
+  for (const char* reply : {"76 00 34 00 04 00 01 00 00", "76 00 34 00 04 01 00 00 06"}) {
     Play(0, kLengthStep);
     for (int attempt = 0; attempt < 5; ++attempt) Play(kSteps[kLengthStep], Hex(reply));
     ExpectPoll(0, reply);
     ExpectRecordOfFailureIn(kLengthStep, reply);
   }
+
+  Play(0, kLengthStep);
+  Play(kSteps[kLengthStep], Hex("76 00 34 00 04 00 00 00 00"));
+  for (int attempt = 0; attempt < 5; ++attempt) {
+    port_.Expect(Hex("56 00 32 0C 00 0A 00 00 00 00 00 00 00 00 00 0A"))
+        .Reply(10, Hex("76 00 32 00 00 76 00 32 00 00"));
+  }
+  ExpectPoll(0, "no bytes");
+  EXPECT_EQ(camera_.m_data.length, 0);
 }
 
 TEST_F(SensorCamera, TakesTheLongestPicture) {
