@@ -12,8 +12,8 @@ int main(int argc, char** argv) {
   }
   fieldline::MapDevice(L"ESL1:", argv[1]);
   CSerBase port(SER_ESL1);
-  if (!port.Open(L"ESL1:9600,n,8,1")) {
-    std::fprintf(stderr, "%s: can't be opened at 9600 bit/s\n", argv[1]);
+  if (!port.Open(L"ESL1:2400,n,8,1")) {
+    std::fprintf(stderr, "%s: can't be opened at 2400 bit/s\n", argv[1]);
     return 1;
   }
 
