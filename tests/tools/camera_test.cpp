@@ -109,27 +109,6 @@ TEST(CameraReply, IsToldWhatIsWrongWithIt) {
   }
 }
 
-TEST(TestPort, ShowsTheRecordsThatItKeeps) {
-  sim::Line line(kAnySpeed);
-  line.Add(sim::Make("envir", 7));
-  line.Add(sim::Make("cybermate", 1));
-  ASSERT_TRUE(line.Start());
-  const std::string options = " --timeout 0,500 --port " + line.Path();
-  ToolResult result = RunTool("test-port envir@7 cybermate" + options);
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("envir at address 7, "));
-  EXPECT_THAT(result.out, HasSubstr("\n  register_1  235\n  register_0  450\n"));
-  EXPECT_THAT(result.out, HasSubstr(" ms\n  answered; the test port keeps no record of this kind\n"));
-
-  result = RunTool("test-port envir@8 envir@7" + options);
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.err, HasSubstr("envir at address 8: "));
-  EXPECT_THAT(result.out, StartsWith("envir at address 7, "));
-  for (const char* wrong : {"card", "camera-3ge", "envir@", "envir@256", "toaster"}) {
-    EXPECT_EQ(RunTool(std::string("test-port ") + wrong + options).status, 2) << wrong;
-  }
-}
-
 TEST(PictureProgress, CountsTheBytesOfAPicture) {
   tool::PictureProgress progress(nullptr, false);
   const auto write = [&](const char* hex) { progress.OnSerWrite(Hex(hex).data(), static_cast<int>(Hex(hex).size())); };
