@@ -1,6 +1,7 @@
 #include "tools/demo.h"
 
 #include <chrono>
+#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -54,8 +55,8 @@ struct BoardAnswers {
 };
 
 constexpr Field kBoardFields[] = {
-    {"status", offsetof(BoardAnswers, status), FieldType::kU8, 4, 0},
-    {"sms_result",       offsetof(BoardAnswers,                            sms_result),                        FieldType::kU8          },
+    {"status",     offsetof(BoardAnswers, status),     FieldType::kU8, 4, 0},
+    {"sms_result", offsetof(BoardAnswers, sms_result), FieldType::kU8, 1, 0},
 };
 
 // Long ones are shortened in the middle.

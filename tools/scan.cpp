@@ -180,11 +180,9 @@ void Show(const Probe& probe, const PollResult& result, const Line& line, bool j
   }
   std::cout << std::endl;
   if (carried && *carried != probe.address) {
-    std::cerr << "  "
-              << Alert("the reply carries address " + std::to_string(*carried) +
-                       ": a late reply, or a device "
-                       "that answers to any address")
-              << '\n';
+    const std::string warning = "the reply carries address " + std::to_string(*carried) +
+                                ": a late reply, or a device that answers to any address";
+    std::cerr << "  " << Alert(warning) << '\n';
   }
 }
 

@@ -227,13 +227,15 @@ TEST_F(HubAlarmTest, MmsEndsAtTheFirstStepThatFails) {
     Bytes request;
     Bytes accepted;
   };
+  // clang-format off
   const Step steps[] = {
-      {0x12, {},        {0}  },
+      {0x12, {},               {0}},
       {0x13, Bytes(256, 0x40), {}},
-      {0x13,    Bytes(44,          0x40),    {}},
-      {0x14,  {},           {0}         },
-      {0x15, {'H', 'i', 0},{0}}
+      {0x13, Bytes(44, 0x40),  {}},
+      {0x14, {},               {0}},
+      {0x15, {'H', 'i', 0},    {0}},
   };
+  // clang-format on
   Bytes data(300, 0x40);
   const auto expect_failure = [&](const Step& failing, const Bytes* reply) {
     for (const Step* step = steps; step != &failing; ++step) Play(step->command, step->request, step->accepted);

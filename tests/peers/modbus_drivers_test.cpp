@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <bit>
 #include <utility>
 #include <vector>
@@ -46,23 +45,27 @@ class LibmodbusPeer : public testing::Test {
 
 // Register k of the slave holds a base and k.
 TEST_F(LibmodbusPeer, AnswersFromTheRegistersThatAreAsked) {
+  struct Part {
+    int position;
+    int bytes;
+    std::uint32_t number;
+  };
+  // clang-format off
   const struct {
     ENUM_SERDATKIND kind;
     LibmodbusSlave::Map map;
     int base;
-    std::vector<std::array<std::uint32_t, 3>> record;  // position, bytes, number
+    std::vector<Part> record;
   } cases[] = {
-      {SERDAT_ENVIR,   {.holding_registers = {0, 1}},     0xFED0, {{0, 4, 0xFED1}, {4, 4, 0xFED0}}                                                                               },
-      {SERDAT_ELEC,
-       {.holding_registers = {0, 56}},
-       1000,                                                      {{0, 4, 1000u << 16 | 1001u}, {4, 4, 10340}, {80, 4, 1053}, {92, 4, 1056 * 25}}                                },
-      {SERDAT_ELEC_Y,
-       {.holding_registers = {0, 40}},
-       2000,                                                      {{0, 4, 2033u << 16 | 2034u}, {36, 4, 20300}, {68, 4, 2026}, {92, 4, 2018}}                                    },
-      {SERDAT_EMERSON,
-       {.inputs = {0, 108}, .input_registers = {0, 157}},
-       3000,                                                      {{10, 1, 0}, {11, 1, 1}, {12, 1, 0}, {110, 1, 1}, {0, 2, 3100}, {159, 2, 3032}, {189, 2, 3069}, {291, 2, 3157}}},
+      {SERDAT_ENVIR, {.holding_registers = {0, 1}}, 0xFED0, {{0, 4, 0xFED1}, {4, 4, 0xFED0}}},
+      {SERDAT_ELEC, {.holding_registers = {0, 56}}, 1000,
+       {{0, 4, 1000u << 16 | 1001u}, {4, 4, 10340}, {80, 4, 1053}, {92, 4, 1056 * 25}}},
+      {SERDAT_ELEC_Y, {.holding_registers = {0, 40}}, 2000,
+       {{0, 4, 2033u << 16 | 2034u}, {36, 4, 20300}, {68, 4, 2026}, {92, 4, 2018}}},
+      {SERDAT_EMERSON, {.inputs = {0, 108}, .input_registers = {0, 157}}, 3000,
+       {{10, 1, 0}, {11, 1, 1}, {12, 1, 0}, {110, 1, 1}, {0, 2, 3100}, {159, 2, 3032}, {189, 2, 3069}, {291, 2, 3157}}},
   };
+  // clang-format on
   for (const auto& [kind, map, base, record] : cases) {
     LibmodbusSlave slave(kDevice, map);
     modbus_mapping_t& memory = slave.map();
@@ -71,7 +74,7 @@ TEST_F(LibmodbusPeer, AnswersFromTheRegistersThatAreAsked) {
     if (kind == SERDAT_EMERSON) memory.tab_input_bits[9] = memory.tab_input_bits[108] = 1;
     ASSERT_EQ(Poll(slave, kind), 1) << kind;
     for (const auto& [position, bytes, number] : record) {
-      EXPECT_EQ(At(static_cast<int>(position), static_cast<int>(bytes)), number) << kind << ", position " << position;
+      EXPECT_EQ(At(position, bytes), number) << kind << ", position " << position;
     }
   }
 }
@@ -135,7 +138,7 @@ TEST_F(LibmodbusPeer, DualProto) {
   }
   slave.map().tab_bits[0] = 1;
   ASSERT_EQ(Poll(slave, SERDAT_DUAL_PROTO, 4), 1);
-  const std::array<std::uint32_t, 2> record[] = {
+  const std::pair<int, std::uint32_t> record[] = {
       {26, 2205  },
       {14, 0xFFFD},
       {28, 50    },
@@ -144,7 +147,7 @@ TEST_F(LibmodbusPeer, DualProto) {
       {12, 12345 },
       {66, 1     }
   };
-  for (const auto& [position, number] : record) EXPECT_EQ(At(static_cast<int>(position), 2), number) << position;
+  for (const auto& [position, number] : record) EXPECT_EQ(At(position, 2), number) << position;
 }
 
 }  // namespace

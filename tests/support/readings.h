@@ -37,46 +37,9 @@ inline std::vector<std::pair<std::string, double>> NumbersOf(const sim::Values& 
 // Numbers of the record that no value stands behind are among them.
 inline std::vector<Reading> Readings(std::string_view kind, int address, const nlohmann::json& record) {
   constexpr auto kMagnitude = [](double sent) { return std::abs(sent); };
-  // Of the frame of the dual-protocol unit: where values 1 to 33 come from, w(ord) or b(yte), and its place.
-  constexpr struct {
-    char type;
-    int place;
-    int factor;
-  } kFrame[] = {
-      {'w', 0,  1 },
-      {'w', 2,  1 },
-      {'w', 4,  1 },
-      {'w', 6,  1 },
-      {'w', 8,  1 },
-      {'w', 10, 1 },
-      {'w', 12, 1 },
-      {'b', 14, 1 },
-      {'b', 15, 1 },
-      {'b', 22, 1 },
-      {'b', 23, 1 },
-      {'b', 30, 1 },
-      {'b', 31, 1 },
-      {'b', 45, 1 },
-      {'b', 46, 1 },
-      {'b', 52, 10},
-      {'b', 53, 10},
-      {'b', 54, 10},
-      {'b', 55, 10},
-      {'b', 56, 10},
-      {'b', 57, 10},
-      {'b', 58, 10},
-      {'b', 59, 10},
-      {'b', 60, 10},
-      {'b', 61, 10},
-      {'b', 66, 10},
-      {'b', 67, 10},
-      {'b', 68, 1 },
-      {'b', 69, 10},
-      {'b', 80, 10},
-      {'b', 81, 10},
-      {'b', 82, 10},
-      {'b', 83, 10}
-  };
+  // Of the frame of the dual-protocol unit: where values 1 to 33 stand in it, the first seven as words.
+  constexpr int kFrame[] = {0,  2,  4,  6,  8,  10, 12, 14, 15, 22, 23, 30, 31, 45, 46, 52, 53,
+                            54, 55, 56, 57, 58, 59, 60, 61, 66, 67, 68, 69, 80, 81, 82, 83};
   // And of its Modbus variant.
   constexpr int kFloats[] = {2382, 2384, 2386, 2388, 2390, 2392, 2394};
 
@@ -105,16 +68,18 @@ inline std::vector<Reading> Readings(std::string_view kind, int address, const n
       readings.push_back(
           {name.substr(0, name.size() - 5), number, 0, [](double sent) { return std::floor(sent / 256); }});
     } else if (kind == "dual-proto" && is_value && address % 2 == 0) {
-      if (index < std::size(kFloats))
+      if (index < std::size(kFloats)) {
         readings.push_back({"register_" + std::to_string(kFloats[index]), number / 10, 0.1});
+      }
       if (index == 7) readings.push_back({"register_2350", number, 1});
       if (index == 8) readings.push_back({"register_2356", number, 1});
       if (index == 13) readings.push_back({"register_2348", number / 10, 0.1});
       if (index == 14) readings.push_back({"register_2352", number, 1});
     } else if (kind == "dual-proto" && is_value) {
-      const auto& [type, place, factor] = kFrame[index];
-      const double word = type == 'w' && number < 0 ? number + 0x10000 : number;  // whose sign the frame does not have
-      readings.push_back({(type == 'w' ? "word_" : "byte_") + std::to_string(place), word / factor});
+      const bool is_word = index < 7;
+      const double factor = index >= 15 && index != 27 ? 10 : 1;
+      const double without_sign = is_word && number < 0 ? number + 0x10000 : number;
+      readings.push_back({(is_word ? "word_" : "byte_") + std::to_string(kFrame[index]), without_sign / factor});
     } else if (kind.starts_with("elec")) {
       readings.push_back({name, number, 12.5});  // some registers count in steps of 25
     } else if (kind == "ups") {
