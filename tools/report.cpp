@@ -14,6 +14,8 @@ ordered_json AddressToJson(const Kind& kind, int address) {
   return kind.HasAddress() ? ordered_json(address) : ordered_json();
 }
 
+ordered_json BytesToJson(const Bytes& bytes) { return bytes.empty() ? ordered_json() : ordered_json(Hex(bytes)); }
+
 }  // namespace
 
 void PrintJson(const ordered_json& json) {
@@ -46,10 +48,10 @@ ordered_json PollHead(const Kind& kind, int address, std::string_view line, std:
 
 ordered_json FailureToJson(const Failure& failure) {
   return {
-      {"code",    failure.code        },
-      {"message", failure.message     },
-      {"request", Hex(failure.request)},
-      {"reply",   Hex(failure.reply)  }
+      {"code",    failure.code                },
+      {"message", failure.message             },
+      {"request", BytesToJson(failure.request)},
+      {"reply",   BytesToJson(failure.reply)  }
   };
 }
 

@@ -22,6 +22,7 @@ nlohmann::ordered_json PollHead(const Kind& kind, int address, const std::string
 nlohmann::ordered_json PollHead(const Kind& kind, int address, std::string_view line, std::string_view device,
                                 const PollResult& result);
 
+// Null stands for a request or a reply that there was not.
 nlohmann::ordered_json FailureToJson(const Failure& failure);
 
 // Adds what came of a poll: how long it took, and its error or the record.
