@@ -31,8 +31,8 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr char kExamples[] =
-    "On a terminal the devices are a table; elsewhere, with --json and with --trace, every poll is a JSON object on a\n"
-    "line.\n\n"
+    "On a terminal the devices are a table; elsewhere, with --json and with a trace on standard error, every poll is\n"
+    "a JSON object on a line.\n\n"
     "Examples:\n"
     "  fieldline watch examples/site.json\n"
     "  fieldline watch site.json --json --duration 3600s >night.jsonl\n"
