@@ -138,5 +138,15 @@ TEST(Watch, DrawsReadingsAsBars) {
   EXPECT_EQ(tool::Clipped("21 °C", 80), "21 °C");
 }
 
+TEST(Watch, TurnsThePagesOfATableThatIsTooHigh) {
+  using Lines = std::vector<std::string>;
+  const Lines table = {"head", "a", "b", "c", "d", "e"};
+  EXPECT_EQ(tool::OnePage(table, 7, std::chrono::seconds(0)), table);
+  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(4)), (Lines{"head", "a", "b", "c", "page 1 of 2"}));
+  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(5)), (Lines{"head", "d", "e", "page 2 of 2"}));
+  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(10)), (Lines{"head", "a", "b", "c", "page 1 of 2"}));
+  EXPECT_EQ(tool::OnePage(table, 1, std::chrono::seconds(5)), (Lines{"head", "b", "page 2 of 5"}));
+}
+
 }  // namespace
 }  // namespace fieldline
