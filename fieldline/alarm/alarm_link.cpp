@@ -153,7 +153,7 @@ BYTE alm_xor_sum(const BYTE* bytes, std::int16_t count) {
 }
 
 void alm_send_frame(BYTE command, const BYTE* payload, int length) {
-  if (length < 0 || length > kPayloadCapacity) return;
+  if (!alm_link_ops.port || length < 0 || length > kPayloadCapacity) return;
 
   BYTE frame[kFrameCapacity] = {kStartMark, static_cast<BYTE>(length >> 8), static_cast<BYTE>(length & 0xFF), command};
   if (payload) std::copy_n(payload, length, frame + 4);

@@ -17,7 +17,7 @@
 // The length, high byte first, counts the payload alone. The checksum is the XOR of command and payload. Texts travel
 // with their final zero.
 
-// The way to the port; one for the process. Every operation needs a port.
+// The way to the port; one for the process. Every operation needs a port: while `port` is null none may be called.
 struct AlmLinkOps {
   int (*read)(BYTE* buffer, int count, int* received);  // 0; what the port's Read returned is in *received
   int (*close)();                                       // 0
@@ -37,8 +37,8 @@ extern AlmLinkOps alm_link_ops;
 // XOR of `count` bytes, 0 for none.
 BYTE alm_xor_sum(const BYTE* bytes, std::int16_t count);
 
-// Sends a frame with `length` payload bytes, at most 506; a longer one is not sent. `payload` may be null when `length`
-// is 0. That a write failed shows in the missing reply.
+// Sends a frame with `length` payload bytes, at most 506; a longer one is not sent, and none without a port. `payload`
+// may be null when `length` is 0. That a write failed shows in the missing reply.
 void alm_send_frame(BYTE command, const BYTE* payload, int length);
 
 // One exchange each. They and the sequences below return 0 for success, 1 for failure, see IHubAlarm.

@@ -27,10 +27,7 @@ CHubAlarm* CHubAlarm::GetInstance() {
   return m_pInstance;
 }
 
-void CHubAlarm::FreeInstance() {
-  delete m_pInstance;
-  m_pInstance = nullptr;
-}
+void CHubAlarm::FreeInstance() { delete m_pInstance; }
 
 CHubAlarm::CHubAlarm() : CSensorBase(SERDAT_ALARM) {}
 
@@ -42,7 +39,14 @@ CHubAlarm& CHubAlarm::operator=(const CHubAlarm& other) {
   return *this;
 }
 
-CHubAlarm::~CHubAlarm() = default;
+CHubAlarm::~CHubAlarm() {
+  if (m_pInstance == this) m_pInstance = nullptr;
+}
+
+void CHubAlarm::ForgetPort(const ISerBase* port) {
+  if (m_pInstance && m_pInstance->m_pPort == port) m_pInstance->m_pPort = nullptr;
+  if (alm_link_ops.port == port) alm_link_ops.port = nullptr;
+}
 
 void CHubAlarm::InitHandler(ISerBase* port) {
   fieldline::InstallAlarmPort(port);

@@ -14,10 +14,11 @@ class FIELDLINE_API CHubAlarm : public CSensorBase, public IHubAlarm {
   static CHubAlarm* GetInstance();
 
   // Destroys the object. Its port stays open and installed: the next object's InitHandler closes it. Called at
-  // shut-down, on one thread, with no operation under way.
+  // shut-down, on one thread, with no operation under way. Deleting the object through its CSensorBase part does the
+  // same.
   static void FreeInstance();
 
-  // Member by member, but a copy has a lock of its own.
+  // Member by member, but a copy has a lock of its own. Nobody tells a copy that its port was destroyed.
   CHubAlarm(const CHubAlarm& other);
   CHubAlarm& operator=(const CHubAlarm& other);
 
@@ -43,12 +44,17 @@ class FIELDLINE_API CHubAlarm : public CSensorBase, public IHubAlarm {
   int Alm_ctrl_relay(unsigned char relay, unsigned char state) override;
   int Alm_read_io(unsigned long* inputs) override;
 
+  ISerBase* m_pPort = nullptr;  // not owned
+  std::recursive_mutex m_csLock;
+
  private:
+  friend class CHubSerFactory;
+
   CHubAlarm();
   ~CHubAlarm() override;
 
-  ISerBase* m_pPort = nullptr;  // not owned
-  std::recursive_mutex m_csLock;
+  // For whoever destroys `port`: neither the object nor the link holds it from now on. The port is not touched.
+  static void ForgetPort(const ISerBase* port);
 
   static CHubAlarm* m_pInstance;
 };

@@ -32,14 +32,17 @@ CHubMonitor* CHubMonitor::GetInstance() {
   return m_pInstance;
 }
 
-void CHubMonitor::FreeInstance() {
-  delete m_pInstance;
-  m_pInstance = nullptr;
-}
+void CHubMonitor::FreeInstance() { delete m_pInstance; }
 
 CHubMonitor::CHubMonitor() : CSensorBase(SERDAT_MONITOR) {}
 
-CHubMonitor::~CHubMonitor() = default;
+CHubMonitor::~CHubMonitor() {
+  if (m_pInstance == this) m_pInstance = nullptr;
+}
+
+void CHubMonitor::ForgetPort(const ISerBase* port) {
+  if (m_pHandler == port) m_pHandler = nullptr;
+}
 
 void CHubMonitor::InitHandler(ISerBase* port) {
   if (m_pHandler) m_pHandler->Close();

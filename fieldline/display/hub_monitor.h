@@ -25,7 +25,8 @@ class FIELDLINE_API CHubMonitor : public CSensorBase {
   // The one object, made on first use. Null when memory is short; a later call tries again.
   static CHubMonitor* GetInstance();
 
-  // Destroys the object. The port stays installed, for the next one too.
+  // Destroys the object. The port stays installed, for the next one too. Deleting the object through its CSensorBase
+  // part does the same.
   static void FreeInstance();
 
   // Installs the display's port, which stays the caller's, should not be open yet, and has its number and speed set. A
@@ -43,10 +44,16 @@ class FIELDLINE_API CHubMonitor : public CSensorBase {
 
   unsigned long diwen_set_rtc(DIWEN_RTC_DATA rtc);
 
+  static ISerBase* m_pHandler;  // not owned
+
  private:
+  friend class CHubSerFactory;
+
   CHubMonitor();
   ~CHubMonitor() override;
 
+  // For whoever destroys `port`: the display does not hold it from now on. The port is not touched.
+  static void ForgetPort(const ISerBase* port);
+
   static CHubMonitor* m_pInstance;
-  static ISerBase* m_pHandler;  // not owned
 };

@@ -34,11 +34,13 @@ enum ENUM_SERDATKIND : std::int32_t {
 // through m_pData after a poll. One thread polls a driver at a time.
 class FIELDLINE_API CSensorBase {
  public:
-  explicit CSensorBase(ENUM_SERDATKIND kind = SERDAT_NONE);
+  CSensorBase(ENUM_SERDATKIND kind = SERDAT_NONE);  // NOLINT(google-explicit-constructor): {} makes one
 
   // Member by member; a derived class aims m_pData at the copy's own record.
   CSensorBase(const CSensorBase&) = default;
-  CSensorBase& operator=(const CSensorBase&) = default;
+  // Copies all but m_pData, which goes on pointing at this object's own record, also when only the base part of a
+  // driver is assigned.
+  CSensorBase& operator=(const CSensorBase& other);
 
   virtual ~CSensorBase();
 
@@ -51,7 +53,12 @@ class FIELDLINE_API CSensorBase {
 
   static constexpr int kCommandCapacity = 32;
 
-  BYTE* m_pData = nullptr;  // the record; null for the alarm controller and the display
+  BYTE* m_pData = nullptr;       // the record; null for the alarm controller and the display
+  BYTE m_byReserved = 0;         // the application's
+  BYTE m_abyReserved[100] = {};  // the application's
+  int m_nFlags = 0;              // a driver's once-only queries that have succeeded
+  ENUM_SERDATKIND m_eKind;
+  BYTE m_byCmd[kCommandCapacity] = {};  // the last request
 
  protected:
   // Puts the Modbus RTU request for `count` registers, coils or inputs from `reg` on into the command buffer. Returns
@@ -60,12 +67,6 @@ class FIELDLINE_API CSensorBase {
 
   // One request from the command buffer. False unless the port took all of it.
   bool SendCommand(ISerBase* port, int length);
-
-  BYTE m_byReserved = 0;         // the application's
-  BYTE m_abyReserved[100] = {};  // the application's
-  int m_nFlags = 0;              // a driver's once-only queries that have succeeded
-  ENUM_SERDATKIND m_eKind;
-  BYTE m_byCmd[kCommandCapacity] = {};
 };
 
 namespace fieldline {
@@ -82,7 +83,6 @@ class RecordSensor : public CSensorBase {
   RecordSensor& operator=(const RecordSensor& other) {
     CSensorBase::operator=(other);
     m_data = other.m_data;
-    PointAtRecord();
     return *this;
   }
 

@@ -24,12 +24,12 @@ class FIELDLINE_API CSensorFactory {
   // live until their own FreeInstance, in whatever order it and this factory's are called.
   CSensorBase* GetSensor(ENUM_SERDATKIND kind);
 
+  std::vector<CSensorBase*> m_arrSensor;  // owned, in the order of first request
+
  protected:
   // Takes over a driver and returns its index. When a driver of that kind is here already, returns the index of that
   // one, and the given driver stays the caller's. -1 for null and when memory is short.
   int RegisterSensor(CSensorBase* sensor);
-
-  std::vector<CSensorBase*> m_arrSensor;  // owned, in the order of first request
 
  private:
   CSensorFactory() = default;

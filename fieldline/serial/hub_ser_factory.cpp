@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "fieldline/alarm/hub_alarm.h"
+#include "fieldline/display/hub_monitor.h"
 #include "fieldline/serial/hub_ser_test.h"
 #include "fieldline/serial/ser_base.h"
 
@@ -16,14 +18,19 @@ ISerBase* MakePort(ENUM_SERTYPE type) {
 }
 
 // Ports have no virtual destructor; what a port is follows from its type.
+template <class Port>
+void DestroyAs(ISerBase* port) {
+  auto* const made = static_cast<Port*>(port);
+  made->Port::~Port();
+  ::operator delete(made);
+}
+
 void DestroyPort(ISerBase* port) {
   if (port->GetSerType() == SER_TEST) {
-    delete static_cast<CHubSerTest*>(port);
-    return;
+    DestroyAs<CHubSerTest>(port);
+  } else {
+    DestroyAs<CSerBase>(port);
   }
-  CSerBase* const serial = static_cast<CSerBase*>(port);
-  serial->CSerBase::~CSerBase();
-  ::operator delete(serial);
 }
 
 }  // namespace
@@ -39,7 +46,11 @@ void CHubSerFactory::FreeInstance() {
 }
 
 CHubSerFactory::~CHubSerFactory() {
-  for (auto port = m_arrSer.rbegin(); port != m_arrSer.rend(); ++port) DestroyPort(*port);
+  for (auto port = m_arrSer.rbegin(); port != m_arrSer.rend(); ++port) {
+    CHubAlarm::ForgetPort(*port);
+    CHubMonitor::ForgetPort(*port);
+    DestroyPort(*port);
+  }
 }
 
 ISerBase* CHubSerFactory::GetHubSer(ENUM_SERTYPE type) {

@@ -11,7 +11,8 @@ class FIELDLINE_API CHubSerFactory {
   static CHubSerFactory* GetInstance();
 
   // Destroys the factory and every port it made, from the last to the first. Lines that are still open stay open:
-  // close the ports first.
+  // close the ports first. The alarm controller and the display forget a port that is destroyed, without closing it;
+  // give them a new one (InitHandler).
   static void FreeInstance();
 
   CHubSerFactory() = default;
@@ -23,12 +24,12 @@ class FIELDLINE_API CHubSerFactory {
   // call tries again.
   ISerBase* GetHubSer(ENUM_SERTYPE type);
 
+  std::vector<ISerBase*> m_arrSer;  // owned, in the order in which they were made
+
  protected:
   // Takes over a port and returns its index. When a port of that type is here already, returns the index of that one,
   // and the given port stays the caller's. -1 for null and when memory is short.
   int RegisterHubSer(ISerBase* port);
-
-  std::vector<ISerBase*> m_arrSer;  // owned, in the order in which they were made
 
  private:
   static CHubSerFactory* m_pInstance;

@@ -12,7 +12,7 @@
 
 // The port for tests and commissioning, type SER_TEST: Open(null) opens COM6: at 2400 bit/s. It polls any driver
 // through itself and keeps what the main ones read.
-class FIELDLINE_API CHubSerTest final : public CSerBase {
+class FIELDLINE_API CHubSerTest : public CSerBase {
  public:
   CHubSerTest();
 

@@ -13,7 +13,7 @@ class FIELDLINE_API CSerBase : public ISerBase {
  public:
   // Opens nothing. The type settles the port number (1 to 8 for the ESL lines, 7 for the test port, 2 for SER_COM, 1
   // for any other) and the device name that Open(null) uses: ESL<port>: for types up to 8, COM<port - 1>: above.
-  explicit CSerBase(ENUM_SERTYPE type = SER_NONE);
+  CSerBase(ENUM_SERTYPE type = SER_NONE);  // NOLINT(google-explicit-constructor): {} makes one
   CSerBase(const CSerBase&) = delete;
   CSerBase& operator=(const CSerBase&) = delete;
   ~CSerBase() = default;

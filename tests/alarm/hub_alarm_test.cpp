@@ -428,6 +428,12 @@ TEST_F(HubAlarmTest, AThreadThatHoldsTheLockKeepsOthersOut) {
   EXPECT_TRUE(port_.Done());
 }
 
+TEST_F(HubAlarmTest, AFrameWithoutAPortIsNotSent) {
+  alarm_->InitHandler(nullptr);
+  alm_send_frame(0x10, nullptr, 0);
+  EXPECT_EQ(port_.calls, "c") << "closed when it was taken away";
+}
+
 TEST_F(HubAlarmTest, ChecksumOfNothingIsZero) {
   const BYTE bytes[] = {0x32, 0x01, 0x03};
   EXPECT_EQ(alm_xor_sum(bytes, 3), 0x30);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "fieldline/alarm/alarm_link.h"
 #include "fieldline/fieldline.h"
 
 namespace fieldline::test {
@@ -82,6 +83,61 @@ TEST_F(Factories, LeaveTheSingletonsToThemselves) {
     }
     for (const auto release : releases) release();
   } while (std::next_permutation(std::begin(order), std::end(order)));
+}
+
+TEST_F(Factories, ASingletonMayBeDeletedThroughItsBase) {
+  CSensorFactory* factory = CSensorFactory::GetInstance();
+  delete factory->GetSensor(SERDAT_ALARM);
+  delete factory->GetSensor(SERDAT_MONITOR);
+  CHubAlarm::FreeInstance();
+  CHubMonitor::FreeInstance();
+  EXPECT_FALSE(CHubAlarm::GetInstance()->IsReady());
+
+  CSensorBase* copy = new CHubAlarm(*CHubAlarm::GetInstance());
+  delete copy;
+  EXPECT_EQ(factory->GetSensor(SERDAT_ALARM)->GetKind(), SERDAT_ALARM) << "a copy is not the one object";
+}
+
+// Three lives for every order of release. The address sanitizer tells of a port that is used after it was destroyed.
+TEST_F(Factories, APortThatIsDestroyedIsHeldByNobody) {
+  void (*const releases[])() = {CHubSerFactory::FreeInstance, CSensorFactory::FreeInstance, CHubAlarm::FreeInstance,
+                                CHubMonitor::FreeInstance};
+  int order[] = {0, 1, 2, 3};
+  do {
+    for (int life = 0; life < 3; ++life) {
+      ISerBase* board_port = CHubSerFactory::GetInstance()->GetHubSer(SER_COM);
+      ISerBase* display_port = CHubSerFactory::GetInstance()->GetHubSer(SER_TEST);
+      CHubAlarm* alarm = CHubAlarm::GetInstance();
+      alarm->InitHandler(board_port);
+      CHubMonitor::GetInstance()->InitHandler(display_port);
+      board_port->Close();
+      display_port->Close();
+      for (const int i : order) {
+        releases[i]();
+        if (releases[i] != CHubSerFactory::FreeInstance) continue;
+        EXPECT_EQ(alm_link_ops.port, nullptr);
+        EXPECT_EQ(CHubMonitor::m_pHandler, nullptr);
+        EXPECT_EQ(CHubAlarm::GetInstance()->m_pPort, nullptr);
+        EXPECT_FALSE(CHubAlarm::GetInstance()->IsReady());
+        EXPECT_EQ(CHubAlarm::GetInstance()->Alm_ctrl_init(), 0);
+        EXPECT_EQ(CHubAlarm::GetInstance()->Alm_reset_gsm(), 1);
+        EXPECT_EQ(CHubMonitor::GetInstance()->diwen_init(), 0u);
+      }
+    }
+  } while (std::next_permutation(std::begin(order), std::end(order)));
+}
+
+TEST_F(Factories, APortOfTheApplicationStaysInstalled) {
+  CHubSerFactory::GetInstance()->GetHubSer(SER_COM);
+  CSerBase own;
+  CHubAlarm::GetInstance()->InitHandler(&own);
+  CHubMonitor::InitHandler(&own);
+  CHubSerFactory::FreeInstance();
+  EXPECT_EQ(alm_link_ops.port, &own);
+  EXPECT_EQ(CHubAlarm::GetInstance()->m_pPort, &own);
+  EXPECT_EQ(CHubMonitor::m_pHandler, &own);
+  CHubAlarm::GetInstance()->InitHandler(nullptr);
+  CHubMonitor::InitHandler(nullptr);
 }
 
 }  // namespace

@@ -39,13 +39,16 @@ int CountInfo(const BYTE* reply, int received) {
 
 CSensorCardK::CSensorCardK() : CSensorBase(SERDAT_CARD_K) { m_pData = m_byCard; }
 
-CSensorCardK::CSensorCardK(const CSensorCardK& other) : CSensorBase(other) { *this = other; }
+CSensorCardK::CSensorCardK(const CSensorCardK& other) : CSensorBase(other) {
+  m_pData = m_byCard;
+  *this = other;
+}
 
 CSensorCardK& CSensorCardK::operator=(const CSensorCardK& other) {
+  if (this == &other) return *this;
   CSensorBase::operator=(other);
   m_nCardLen = other.m_nCardLen;
   std::copy(std::begin(other.m_byCard), std::end(other.m_byCard), m_byCard);
-  m_pData = m_byCard;
   return *this;
 }
 

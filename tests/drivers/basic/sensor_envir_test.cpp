@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "fieldline/fieldline.h"
 #include "tests/support/damage.h"
 #include "tests/support/modbus_frames.h"
 
@@ -62,6 +63,31 @@ TEST(SensorBase, KeepsTheRecordBehindItsBaseAndACopyAtItsOwn) {
   assigned = probe;
   EXPECT_EQ(assigned.m_pData, reinterpret_cast<BYTE*>(&assigned.m_data));
   EXPECT_EQ(assigned.m_data.register_0, 7u);
+
+  static_cast<CSensorBase&>(assigned) = probe;
+  EXPECT_EQ(assigned.m_pData, reinterpret_cast<BYTE*>(&assigned.m_data));
+
+  CSensorCardK terminal;
+  terminal.m_byCard[0] = 7;
+  CSensorCardK& itself = terminal;
+  terminal = itself;
+  EXPECT_EQ(terminal.m_byCard[0], 7);
+  static_cast<CSensorBase&>(terminal) = CSensorCardK();
+  EXPECT_EQ(terminal.m_pData, terminal.m_byCard);
+}
+
+TEST(SensorBase, ShowsAndAllowsWhatApplicationsUse) {
+  class Port : public CHubSerTest {};
+  Port port;
+  port.m_datEnvir.register_0 = 1;
+  CSerBase ports[2] = {};
+  CSensorBase sensors[2] = {};
+  sensors[1].m_byReserved = sensors[1].m_abyReserved[99] = sensors[1].m_byCmd[31] = 2;
+  sensors[0] = sensors[1];
+  EXPECT_EQ(ports[1].m_nPort, 1);
+  EXPECT_EQ(sensors[0].m_byReserved + sensors[0].m_abyReserved[99] + sensors[0].m_byCmd[31], 6);
+  EXPECT_EQ(sensors[0].m_nFlags + sensors[0].m_eKind, 0);
+  EXPECT_EQ(CSensorFactory::GetInstance()->m_arrSensor.size() + CHubSerFactory::GetInstance()->m_arrSer.size(), 0u);
 }
 
 }  // namespace
