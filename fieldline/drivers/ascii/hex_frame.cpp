@@ -5,12 +5,15 @@
 #include <cmath>
 #include <cstdint>
 
+#include "fieldline/sensor/truncate.h"
+
 namespace {
 
 using fieldline::kEoi;
 using fieldline::kInfoPosition;
 using fieldline::kRtnPosition;
 using fieldline::kSoi;
+using fieldline::RoundToDouble;
 
 constexpr BYTE kHexDigits[] = "0123456789ABCDEF";
 constexpr int kChecksumLength = 4;
@@ -24,6 +27,23 @@ BYTE* PutHexByte(BYTE* out, BYTE byte) {
 BYTE* PutHexWord(BYTE* out, WORD word) {
   out = PutHexByte(out, static_cast<BYTE>(word >> 8));
   return PutHexByte(out, static_cast<BYTE>(word & 0xFF));
+}
+
+// `value` rounded to tenths or hundredths (factor 10 or 100); the double nearest to that decimal number.
+double RoundToDecimals(double value, double factor) {
+  // Doubles this large are further apart than the decimals, so that each is the nearest to its own decimal number.
+  constexpr double kCountsExactly = 9007199254740992;  // 2^53
+  const double product = RoundToDouble(value * factor);
+  if (!(std::abs(product) < kCountsExactly)) return value;
+
+  double count = std::nearbyint(product);
+  if (std::abs(product - count) == 0.5) {
+    // Half-way between two counts, at least after the product was rounded; what the rounding took away decides.
+    const double remainder = std::fma(value, factor, -product);
+    if (remainder > 0) count = std::ceil(product);
+    if (remainder < 0) count = std::floor(product);
+  }
+  return RoundToDouble(count / factor);
 }
 
 bool IsFrameCharacter(BYTE c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || c == kSoi || c == kEoi; }
@@ -59,13 +79,12 @@ double GetHexFloat(const BYTE* characters) {
   return std::bit_cast<double>((exponent - 127 + 1023) << 52 | fraction << (52 - 23));
 }
 
-// Equal to printing `value` with that many decimals, reading the text back, multiplying and truncating: 24 significant
-// bits times 100 are exact in a double, so the count is rounded as printf rounds it, and the quotient of two whole
-// numbers is the double nearest to the decimal number, as its text is read.
+// Equal to printing `value` with that many decimals, reading the text back, multiplying and truncating. The count of
+// tenths or hundredths is rounded as printf rounds the value, and the quotient of two whole numbers is the double
+// nearest to the decimal number, as its text is read.
 double GetScaledValue(double value, int decimals) {
   const double factor = decimals == 1 ? 10.0 : 100.0;
-  const double decimal = std::nearbyint(value * factor) / factor;
-  return std::trunc(decimal * factor);
+  return std::trunc(RoundToDouble(RoundToDecimals(value, factor) * factor));
 }
 
 WORD GetLengthWord(WORD lenid) {

@@ -20,7 +20,7 @@ WORD GetHexWord(const BYTE* characters);
 // Every pattern counts as a normal number, so that zero is 2^-127 and an infinity 2^128.
 double GetHexFloat(const BYTE* characters);
 
-// `value`, as GetHexFloat gives it, rounded to `decimals` (1 or 2) decimals and then counted in tenths or hundredths. A
+// Any `value`, rounded to `decimals` (1 or 2) decimals and then counted in tenths or hundredths. A
 // whole number, and one less than expected where the decimal number times 10 or 100 falls just short of it: 0.29 is 28
 // hundredths.
 double GetScaledValue(double value, int decimals);

@@ -81,6 +81,29 @@ TEST(HexFrame, ScalesNumbers) {
   }
 }
 
+TEST(HexFrame, ScalesNumbersThatAreNoFloats) {
+  struct Case {
+    double value;
+    int decimals;
+    double scaled;
+  };
+  for (const Case& c : {
+           Case{0.05,               1, 1                  },
+           {0.15,               1, 1                  },
+           {0.35,               1, 3                  },
+           {0.45,               1, 5                  },
+           {1.05,               1, 11                 },
+           {1.115,              2, 111                },
+           {2.675,              2, 267                },
+           {-2.675,             2, -267               },
+           {0.3,                1, 3                  },
+           {0.29,               2, 28                 },
+           {9007199254740993.0, 1, 90071992547409920.0},
+  }) {
+    EXPECT_EQ(GetScaledValue(c.value, c.decimals), c.scaled) << c.value;
+  }
+}
+
 // The steps by which the values are defined.
 double FloatByDefinition(std::uint32_t bits) {
   const double exponent = bits >> 23 & 0xFF;
@@ -95,7 +118,7 @@ double ScaleByDefinition(double value, int decimals) {
 }
 
 TEST(HexFrame, ScalesLikeTheStepsThatDefineTheValues) {
-  constexpr int kPerExponent = 1500;
+  constexpr int kPerExponent = 700;
   const double fits[] = {0, 1e17, 1e16};  // below these, by decimals, the text has 19 characters at most
   std::mt19937 random(1363);
   for (std::uint32_t exponent = 0; exponent < 256; ++exponent) {
@@ -110,6 +133,20 @@ TEST(HexFrame, ScalesLikeTheStepsThatDefineTheValues) {
         if (tie || value >= fits[decimals]) continue;
         ASSERT_EQ(GetScaledValue(value, decimals), ScaleByDefinition(value, decimals)) << bits << ' ' << decimals;
       }
+    }
+  }
+}
+
+TEST(HexFrame, ScalesTheNeighboursOfHalfWayDecimalsLikeTheSteps) {
+  constexpr int kCount = 50'000;
+  std::mt19937_64 random(1363);
+  for (int i = 0; i < kCount; ++i) {
+    const int decimals = 1 + i % 2;
+    const double half_way = static_cast<double>(random() % (1ull << (8 + i % 40)) * 2 + 1) / (decimals == 1 ? 20 : 200);
+    const bool exact_tie = std::fmod(half_way * 8, 1) == 0;  // whole eighths: the only half-way decimals of a double
+    for (const double value : {std::nextafter(half_way, 0), half_way, std::nextafter(half_way, HUGE_VAL)}) {
+      if (value == half_way && exact_tie) continue;
+      ASSERT_EQ(GetScaledValue(value, decimals), ScaleByDefinition(value, decimals)) << value << ' ' << decimals;
     }
   }
 }
