@@ -8,8 +8,10 @@ namespace {
 using fieldline::ElecRow;
 
 constexpr int kValueRegisters = 32;  // from 0
+constexpr int kValueRegistersUsed = 31;
 constexpr int kCounterRegister = 33;
-constexpr int kCounterRegisters = 8;  // the counter is the first two
+constexpr int kCounterRegisters = 8;
+constexpr int kCounterRegistersUsed = 2;
 
 // Eight registers a phase (0 to 7, 8 to 15, 16 to 23), the totals from 26 on.
 constexpr ElecRow kRows[] = {
@@ -39,8 +41,10 @@ constexpr ElecRow kRows[] = {
     {&ELEC_DATA::q6_phase3, 18, 1 },
 };
 
-using ValueReply = fieldline::ModbusReply<fieldline::RegisterReplyLength(kValueRegisters)>;
-using CounterReply = fieldline::ModbusReply<fieldline::RegisterReplyLength(kCounterRegisters)>;
+using ValueReply = fieldline::ModbusReply<fieldline::RegisterReplyLength(kValueRegisters),
+                                          fieldline::RegisterReplyLength(kValueRegistersUsed)>;
+using CounterReply = fieldline::ModbusReply<fieldline::RegisterReplyLength(kCounterRegisters),
+                                            fieldline::RegisterReplyLength(kCounterRegistersUsed)>;
 static_assert(fieldline::RowsLieWithin(kRows, ValueReply::kRegisters));
 
 }  // namespace

@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <string_view>
+#include <system_error>
 
 #include "fieldline/platform/text.h"
 #include "fieldline/sensor/truncate.h"
@@ -89,11 +91,22 @@ bool CutField(std::string_view* rest, std::string_view* field) {
   return true;
 }
 
+// The number that the field begins with, behind any blanks; 0 when there is none.
 double ToNumber(std::string_view field) {
-  field.remove_prefix(std::min(field.find_first_not_of("\t\n\v\f\r"), field.size()));
-  if (field.starts_with('+')) field.remove_prefix(1);
+  field.remove_prefix(std::min(field.find_first_not_of(" \t\n\v\f\r"), field.size()));
+  if (field.starts_with('+')) {
+    field.remove_prefix(1);
+    if (field.starts_with('-')) return 0;
+  }
   double number = 0;
-  std::from_chars(field.data(), field.data() + field.size(), number);
+  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number);
+  if (error == std::errc::result_out_of_range) {
+    // So few characters get out of a double's range by their exponent alone.
+    const std::string_view text(field.data(), static_cast<std::size_t>(end - field.data()));
+    if (text.find("e-") != text.npos || text.find("E-") != text.npos) return 0;
+    constexpr double kMost = std::numeric_limits<double>::max();
+    return field.starts_with('-') ? -kMost : kMost;
+  }
   return std::isfinite(number) ? number : 0;
 }
 

@@ -34,6 +34,24 @@ TEST(SensorElecY, MovesEachRegisterToItsFieldAndScale) {
   for (int i = 0; i < 24; ++i) EXPECT_EQ(fields[i], expected[i]) << "position " << 4 * i;
 }
 
+TEST(SensorElecY, TakesRepliesThatCarryNoMoreThanIsDecoded) {
+  const Bytes values = Registers(0, 31);
+  const Bytes counter = RegisterReply(5, 3, {0x0064, 0x0065});
+  ScriptedPort port;
+  port.Expect(Hex(kValuesRequest)).Reply(kValuesAsk, values);
+  port.Expect(Hex(kCounterRequest)).Reply(kCounterAsk, counter);
+  CSensorElecY meter;
+  EXPECT_EQ(meter.GetData(&port, 5), 1);
+  EXPECT_EQ(meter.m_data.counter, 6553701u);
+  EXPECT_EQ(meter.m_data.q3_total, 1300u);
+
+  port.Expect(Hex(kValuesRequest)).Reply(kValuesAsk, Registers(0, 30));
+  EXPECT_EQ(meter.GetData(&port, 5), 0);
+  port.Expect(Hex(kValuesRequest)).Reply(kValuesAsk, values);
+  port.Expect(Hex(kCounterRequest)).Reply(kCounterAsk, RegisterReply(5, 3, {0x0064}));
+  EXPECT_EQ(meter.GetData(&port, 5), 0);
+}
+
 TEST(SensorElecY, RejectsDamageInEitherExchangeWithTheWholeRecordKept) {
   ExpectRejectsDamage({
       .make = [] { return std::make_unique<CSensorElecY>();                                                    },

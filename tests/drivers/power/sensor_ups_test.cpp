@@ -75,6 +75,13 @@ TEST_F(SensorUps, CountsWhatIsNoNumberAsZeroWhateverTheLocale) {
   for (int i = 0; i < 7; ++i) EXPECT_EQ(Number(4 * i), numbers[i]) << "field " << i;
 }
 
+TEST_F(SensorUps, StopsAtTheBoundOfItsNumbers) {
+  Status("(1e308 1e309 -1e309 +-5 1e-400 -2e-999 +1e999 0\r");
+  EXPECT_EQ(Poll(), 0) << "one status bit";
+  const std::int32_t numbers[] = {2147483647, 2147483647, -2147483647 - 1, 0, 0, 0, 2147483647};
+  for (int i = 0; i < 7; ++i) EXPECT_EQ(Number(4 * i), numbers[i]) << "field " << i;
+}
+
 TEST_F(SensorUps, RefusesAStatusWithoutItsMarks) {
   std::fill_n(ups_.m_pData, sizeof(UPS_DATA), BYTE{0xA5});
   for (const char* reply : {"", "(", "\r", "#208.4 140.0 208.4 034 59.9 2.05 35.0 00110000\r",
@@ -156,8 +163,9 @@ TEST_F(SensorUps, AsksAgainForRatingsThatBreakOff) {
     Status(kStatus).Ratings(reply);
     EXPECT_EQ(Poll(), 0) << reply;
   }
-  Status(kStatus).Ratings(kRatings);
+  Status(kStatus).Ratings("#230.0 004 12.00  50.0\r");
   EXPECT_EQ(Poll(), 1);
+  EXPECT_EQ(Number(49), 50) << "the last one may begin with a space";
 }
 
 }  // namespace
