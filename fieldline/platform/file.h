@@ -18,8 +18,8 @@ class File {
   // False when it can't be created; directories are never made.
   bool Create(const char16_t* path);
 
-  // Returns the number of bytes written: fewer than `count` when the disk is full, -1 on any other failure or when the
-  // file is not open.
+  // Returns the number of bytes written: fewer than `count` when the disk is full, -1 on any other failure, a write that
+  // takes no byte among them, or when the file is not open.
   int Write(const BYTE* data, int count);
 
   // Does nothing when not open.

@@ -6,6 +6,8 @@
 
 namespace fieldline {
 
+static_assert(sizeof(time_t) == 8, "time goes on after January 2038");
+
 std::uint32_t TickMs() {
   timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);

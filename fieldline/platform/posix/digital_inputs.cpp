@@ -1,9 +1,9 @@
 #include "fieldline/platform/digital_inputs.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "fieldline/platform/posix/device_path.h"
+#include "fieldline/platform/posix/open_file.h"
 #include "fieldline/platform/posix/wait.h"
 
 namespace fieldline {
@@ -13,11 +13,12 @@ bool ReadDigitalInputs(const wchar_t* device, BYTE* states) {
 
   PathBuffer path;
   if (!FindDevicePath(device, path)) return false;
-  const int fd = open(path, O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  const int fd = OpenFile(path, O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return false;
-  ssize_t received = read(fd, states, 1);
-  if (received < 0 && (errno == EAGAIN || errno == EINTR)) {
-    if (WaitFor(fd, POLLIN, Deadline(kLongestWaitMs)) != 0) received = read(fd, states, 1);
+  const Deadline deadline(kLongestWaitMs);
+  ssize_t received;
+  while ((received = read(fd, states, 1)) < 0 && (errno == EAGAIN || errno == EINTR)) {
+    if (WaitFor(fd, POLLIN, deadline) == 0 || deadline.RemainingNs() == 0) break;
   }
   close(fd);
   return received == 1;

@@ -1,6 +1,5 @@
 #include "fieldline/platform/file.h"
 
-#include <fcntl.h>
 #include <limits.h>
 #include <unistd.h>
 
@@ -9,6 +8,7 @@
 #include <mutex>
 #include <string>
 
+#include "fieldline/platform/posix/open_file.h"
 #include "fieldline/platform/text.h"
 
 namespace fieldline {
@@ -62,7 +62,7 @@ bool File::Create(const char16_t* path) {
   char host_path[PATH_MAX];
   if (!HostPath(path, host_path)) return false;
   // Without O_NONBLOCK a pipe in the file's place would hold the caller until somebody reads it.
-  handle_ = open(host_path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0644);
+  handle_ = OpenFile(host_path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0644);
   return handle_ != kInvalidHandle;
 }
 
@@ -71,8 +71,10 @@ int File::Write(const BYTE* data, int count) {
   int written = 0;
   while (written < count) {
     const ssize_t taken = write(static_cast<int>(handle_), data + written, static_cast<std::size_t>(count - written));
-    if (taken >= 0) {
+    if (taken > 0) {
       written += static_cast<int>(taken);
+    } else if (taken == 0) {
+      return -1;
     } else if (errno == ENOSPC || errno == EDQUOT) {
       return written;
     } else if (errno != EINTR) {

@@ -1,6 +1,5 @@
 #include "fieldline/platform/serial_device.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -8,6 +7,7 @@
 #include <cerrno>
 
 #include "fieldline/platform/posix/device_path.h"
+#include "fieldline/platform/posix/open_file.h"
 #include "fieldline/platform/posix/terminal.h"
 #include "fieldline/platform/posix/wait.h"
 
@@ -91,6 +91,50 @@ tcflag_t ParityFlags(Parity parity) {
   }
 }
 
+// Code of a standard speed, by which other programs can tell it; BOTHER for any other, which stands as a number beside
+// it.
+tcflag_t SpeedFlags(std::uint32_t baud) {
+  static constexpr struct {
+    std::uint32_t baud;
+    tcflag_t flags;
+  } kStandard[] = {
+      {50,        B50     },
+      {75,        B75     },
+      {110,       B110    },
+      {134,       B134    },
+      {150,       B150    },
+      {200,       B200    },
+      {300,       B300    },
+      {600,       B600    },
+      {1200,      B1200   },
+      {1800,      B1800   },
+      {2400,      B2400   },
+      {4800,      B4800   },
+      {9600,      B9600   },
+      {19'200,    B19200  },
+      {38'400,    B38400  },
+      {57'600,    B57600  },
+      {115'200,   B115200 },
+      {230'400,   B230400 },
+      {460'800,   B460800 },
+      {500'000,   B500000 },
+      {576'000,   B576000 },
+      {921'600,   B921600 },
+      {1'000'000, B1000000},
+      {1'152'000, B1152000},
+      {1'500'000, B1500000},
+      {2'000'000, B2000000},
+      {2'500'000, B2500000},
+      {3'000'000, B3000000},
+      {3'500'000, B3500000},
+      {4'000'000, B4000000},
+  };
+  for (const auto& standard : kStandard) {
+    if (standard.baud == baud) return standard.flags;
+  }
+  return BOTHER;
+}
+
 bool IsNear(speed_t taken, std::uint32_t asked) {
   const std::int64_t difference = std::int64_t{taken} - std::int64_t{asked};
   return std::max(difference, -difference) * 50 <= asked;
@@ -106,10 +150,7 @@ SerialDevice::OpenResult SerialDevice::Open(const wchar_t* name) {
   PathBuffer path;
   if (!FindDevicePath(name, path)) return OpenResult::kNoSuchDevice;
 
-  int fd;
-  do {
-    fd = open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  } while (fd < 0 && errno == EINTR);
+  const int fd = OpenFile(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return OpenFailure(errno);
 
   if (!Claim(fd)) {
@@ -151,7 +192,8 @@ bool SerialDevice::SetLine(const LineSettings& settings) {
   constexpr tcflag_t kSpeedFlags = CBAUD | (CBAUD << IBSHIFT);
   constexpr tcflag_t kFormatFlags = CSIZE | PARENB | PARODD | CMSPAR | CSTOPB;
   wanted.c_cflag &= ~(kSpeedFlags | kFormatFlags);
-  wanted.c_cflag |= BOTHER | (BOTHER << IBSHIFT);
+  const tcflag_t speed = SpeedFlags(settings.baud);
+  wanted.c_cflag |= speed | (speed << IBSHIFT);
   wanted.c_ispeed = settings.baud;
   wanted.c_ospeed = settings.baud;
   wanted.c_cflag |= DataBitFlags(settings.data_bits) | ParityFlags(settings.parity);
@@ -181,18 +223,18 @@ int SerialDevice::Read(BYTE* data, int count) {
   const int fd = static_cast<int>(handle_);
   const Deadline deadline(TotalMs(timeouts_.read_per_byte, timeouts_.read_constant, count));
   int received = 0;
-  bool gone = false;
+  bool last_look = false;
   while (received < count) {
     const ssize_t taken = read(fd, data + received, static_cast<std::size_t>(count - received));
     if (taken > 0) {
       received += static_cast<int>(taken);
       continue;
     }
-    if (taken < 0 && errno == EINTR) continue;
-    if (taken == 0 || errno != EAGAIN || gone) break;
+    if (taken == 0 || (errno != EAGAIN && errno != EINTR) || last_look) break;
     const short events = WaitFor(fd, POLLIN, deadline);
     if (events == 0) break;
-    gone = IsGone(events);  // one more read takes what came before
+    // One more read takes what came before.
+    last_look = IsGone(events) || deadline.RemainingNs() == 0;
   }
   return received;
 }
@@ -214,11 +256,10 @@ int SerialDevice::Write(const BYTE* data, int count) {
       handed_over += static_cast<int>(taken);
       continue;
     }
-    if (taken < 0 && errno == EINTR) continue;
-    if (taken < 0 && errno != EAGAIN) return -1;
+    if (taken < 0 && errno != EAGAIN && errno != EINTR) return -1;
     const short events = WaitFor(fd, POLLOUT, deadline);
-    if (events == 0) return give_up(handed_over);
     if (IsGone(events)) return -1;
+    if (events == 0 || deadline.RemainingNs() == 0) return give_up(handed_over);
   }
 
   // Callers start to count their read time-out now, so the bytes must be on the wire. tcdrain() would wait without a

@@ -32,7 +32,7 @@ class Deadline {
 // Waits until one of `events` (POLLIN, POLLOUT) or a failure comes to `fd`. Returns what came, 0 when the deadline
 // passed first. Signals do not end the wait. A negative `fd` waits for the deadline.
 inline short WaitFor(int fd, short events, const Deadline& deadline) {
-  // A time_t of 32 bits can't hold every wait; a day at a time is as good.
+  // A 32-bit kernel can't hold every wait; a day at a time is as good.
   constexpr std::int64_t kLongestWaitNs = std::int64_t{24} * 3600 * 1'000'000'000;
 
   for (;;) {
@@ -42,7 +42,7 @@ inline short WaitFor(int fd, short events, const Deadline& deadline) {
     const int ready = ppoll(&polled, 1, &wait, nullptr);
     if (ready > 0) return polled.revents;
     if (ready < 0 && errno != EINTR) return POLLERR;
-    if (ready == 0 && deadline.RemainingNs() == 0) return 0;
+    if (deadline.RemainingNs() == 0) return 0;
   }
 }
 

@@ -1,5 +1,5 @@
 // What is handed to the kernel: a pseudo-terminal keeps neither parity nor character size, has no transmitter, and
-// takes every speed. The program is linked with --wrap=ioctl.
+// takes every speed. Then what the kernel may hand back. The program is linked with --wrap for each call below.
 
 #include <asm/termbits.h>
 #include <sys/ioctl.h>
@@ -8,17 +8,27 @@
 #include <cstdarg>
 #include <functional>
 
+#include "fieldline/platform/digital_inputs.h"
+#include "fieldline/platform/file.h"
 #include "tests/platform/serial_line_fixture.h"
 
 extern "C" {
 int __real_ioctl(int fd, unsigned long request, void* argument);
 int __wrap_ioctl(int fd, unsigned long request, ...);
+int __real_open(const char* path, int flags, mode_t mode);
+int __wrap_open(const char* path, int flags, ...);
+ssize_t __real_read(int fd, void* data, std::size_t count);
+ssize_t __wrap_read(int fd, void* data, std::size_t count);
+ssize_t __real_write(int fd, const void* data, std::size_t count);
+ssize_t __wrap_write(int fd, const void* data, std::size_t count);
 }
 
 namespace {
 
 // Takes the kernel's place while set.
 std::function<int(int fd, unsigned long request, void* argument)> kernel;
+std::function<ssize_t()> transfer;  // of read and write
+int interrupted_opens = 0;
 
 }  // namespace
 
@@ -38,10 +48,33 @@ int Fail(int error) {
   return -1;
 }
 
+}  // namespace
+}  // namespace fieldline
+
+int __wrap_open(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const auto mode = static_cast<mode_t>(va_arg(arguments, int));
+  va_end(arguments);
+  return interrupted_opens > 0 ? --interrupted_opens, fieldline::Fail(EINTR) : __real_open(path, flags, mode);
+}
+
+ssize_t __wrap_read(int fd, void* data, std::size_t count) {
+  return transfer ? transfer() : __real_read(fd, data, count);
+}
+
+ssize_t __wrap_write(int fd, const void* data, std::size_t count) {
+  return transfer ? transfer() : __real_write(fd, data, count);
+}
+
+namespace fieldline {
+namespace {
+
 class KernelCallsTest : public SerialLineFixture {
  protected:
   void TearDown() override {
     kernel = nullptr;
+    transfer = nullptr;
     SerialLineFixture::TearDown();
   }
 
@@ -62,13 +95,14 @@ TEST_F(KernelCallsTest, FourSettingsAreChangedAndNoOther) {
   OpenNear();
   const struct {
     LineSettings settings;
+    tcflag_t speed;
     tcflag_t format;
   } kCases[] = {
-      {{2400, 8, Parity::kNone, StopBits::kOne},          CS8                                    },
-      {{9600, 7, Parity::kOdd, StopBits::kTwo},           CS7 | PARENB | PARODD | CSTOPB         },
-      {{19'200, 6, Parity::kEven, StopBits::kOneAndHalf}, CS6 | PARENB | CSTOPB                  },
-      {{12'345, 5, Parity::kMark, StopBits::kOneAndHalf}, CS5 | PARENB | PARODD | CMSPAR | CSTOPB},
-      {{250'000, 8, Parity::kSpace, StopBits::kOne},      CS8 | PARENB | CMSPAR                  },
+      {{2400, 8, Parity::kNone, StopBits::kOne},          B2400,  CS8                                    },
+      {{9600, 7, Parity::kOdd, StopBits::kTwo},           B9600,  CS7 | PARENB | PARODD | CSTOPB         },
+      {{19'200, 6, Parity::kEven, StopBits::kOneAndHalf}, B19200, CS6 | PARENB | CSTOPB                  },
+      {{12'345, 5, Parity::kMark, StopBits::kOneAndHalf}, BOTHER, CS5 | PARENB | PARODD | CMSPAR | CSTOPB},
+      {{250'000, 8, Parity::kSpace, StopBits::kOne},      BOTHER, CS8 | PARENB | CMSPAR                  },
   };
   for (const auto& c : kCases) {
     handed_over_.clear();
@@ -93,7 +127,7 @@ TEST_F(KernelCallsTest, FourSettingsAreChangedAndNoOther) {
     EXPECT_EQ(c.format, set.c_cflag & kFormat) << c.settings.baud;
     EXPECT_EQ(c.settings.baud, set.c_ospeed);
     EXPECT_EQ(c.settings.baud, set.c_ispeed);
-    EXPECT_EQ(BOTHER | (BOTHER << IBSHIFT), set.c_cflag & kSpeed);
+    EXPECT_EQ(c.speed | (c.speed << IBSHIFT), set.c_cflag & kSpeed);
     EXPECT_EQ(found.c_cflag & ~(kFormat | kSpeed), set.c_cflag & ~(kFormat | kSpeed));
     EXPECT_EQ(found.c_iflag, set.c_iflag);
     EXPECT_EQ(found.c_oflag, set.c_oflag);
@@ -180,6 +214,37 @@ TEST_F(KernelCallsTest, AWriteOnAHaltedLineDiscardsTheRest) {
     return request == TIOCOUTQ ? Fail(EIO) : __real_ioctl(fd, request, argument);
   };
   EXPECT_EQ(-1, WriteNear({1, 2, 3, 4})) << "the adapter was pulled after it took the bytes";
+}
+
+TEST_F(KernelCallsTest, ALineThatIsReadyAndMovesNothingHoldsNobodyPastTheTimeout) {
+  OpenNear({0, 30, 0, 30});
+  WriteFar({1});
+  for (const int error : {EAGAIN, EINTR}) {
+    transfer = [error] { return Fail(error); };
+    EXPECT_EQ(Bytes{}, ReadNear(1));
+    EXPECT_EQ(0, WriteNear({1}));
+  }
+  transfer = [] { return 0; };
+  EXPECT_EQ(0, WriteNear({1}));
+
+  File file;
+  ASSERT_TRUE(file.Create(u"\\dev\\null"));
+  const BYTE byte = 1;
+  EXPECT_EQ(-1, file.Write(&byte, 1));
+  file.Close();
+}
+
+TEST_F(KernelCallsTest, AnInterruptedOpenIsRepeated) {
+  interrupted_opens = 1;
+  OpenNear();
+  interrupted_opens = 1;
+  File file;
+  EXPECT_TRUE(file.Create(u"\\dev\\null"));
+  file.Close();
+  interrupted_opens = 1;
+  BYTE states = 1;
+  EXPECT_TRUE(ReadDigitalInputs(L"/dev/zero:", &states));
+  EXPECT_EQ(0, states);
 }
 
 }  // namespace

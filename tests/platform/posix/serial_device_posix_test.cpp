@@ -74,6 +74,16 @@ TEST_F(SerialDevicePosixTest, WhateverTheLastUserLeftEveryByteValuePasses) {
   EXPECT_EQ(EveryByteValue(), ReadNear(256));
 }
 
+TEST_F(SerialDevicePosixTest, OtherProgramsSeeAStandardSpeed) {
+  const int spare = OpenSpare();
+  OpenNear();
+  ASSERT_TRUE(near_.SetLine({.baud = 2400}));
+  termios seen;
+  ASSERT_EQ(0, tcgetattr(spare, &seen));
+  EXPECT_EQ(static_cast<speed_t>(B2400), cfgetospeed(&seen));
+  close(spare);
+}
+
 TEST_F(SerialDevicePosixTest, AnotherProcessIsKeptOut) {
   ASSERT_EQ(0, chmod(far_.Path(), 0666));
   OpenNear();
