@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "sim/models.h"
+
 namespace fieldline::sim {
 namespace {
 
@@ -23,27 +25,27 @@ constexpr RoomLine kLines[] = {
 };
 
 constexpr RoomDevice kDevices[] = {
-    {"cold-aisle",   "ESL1", "envir",      1},
-    {"hot-aisle",    "ESL1", "envir",      2},
-    {"battery-room", "ESL1", "envir",      3},
-    {"floor",        "ESL2", "leak",       1},
-    {"doors",        "ESL2", "onoff",      2},
-    {"cooling-1",    "ESL2", "airc",       3},
-    {"mains",        "ESL3", "elec",       1},
-    {"racks",        "ESL3", "elec-y",     2},
-    {"cooling-2",    "ESL3", "emerson",    3},
-    {"rectifier-1",  "ESL3", "dual-proto", 4},
-    {"rectifier-2",  "ESL3", "dual-proto", 5},
-    {"ups",          "ESL4", "ups",        0},
-    {"batteries",    "ESL5", "battery",    1},
-    {"power-unit",   "ESL6", "power-unit", 1},
-    {"cybermate",    "ESL7", "cybermate",  1},
-    {"camera-1",     "ESL8", "camera",     0},
-    {"camera-2",     "COM1", "camera-3ge", 0},
-    {"entrance",     "COM2", "card",       0},
-    {"alarm-board",  "COM3", "alarm",      0},
-    {"panel",        "COM4", "display",    0},
-    {"inputs",       "EIO1", kInputsKind,  0},
+    {"cold-aisle",   "ESL1", &KindOf(SERDAT_ENVIR),      1},
+    {"hot-aisle",    "ESL1", &KindOf(SERDAT_ENVIR),      2},
+    {"battery-room", "ESL1", &KindOf(SERDAT_ENVIR),      3},
+    {"floor",        "ESL2", &KindOf(SERDAT_LEAK),       1},
+    {"doors",        "ESL2", &KindOf(SERDAT_ONOFF),      2},
+    {"cooling-1",    "ESL2", &KindOf(SERDAT_AIRC),       3},
+    {"mains",        "ESL3", &KindOf(SERDAT_ELEC),       1},
+    {"racks",        "ESL3", &KindOf(SERDAT_ELEC_Y),     2},
+    {"cooling-2",    "ESL3", &KindOf(SERDAT_EMERSON),    3},
+    {"rectifier-1",  "ESL3", &KindOf(SERDAT_DUAL_PROTO), 4},
+    {"rectifier-2",  "ESL3", &KindOf(SERDAT_DUAL_PROTO), 5},
+    {"ups",          "ESL4", &KindOf(SERDAT_UPS),        0},
+    {"batteries",    "ESL5", &KindOf(SERDAT_BATTERY),    1},
+    {"power-unit",   "ESL6", &KindOf(SERDAT_POWER_UNIT), 1},
+    {"cybermate",    "ESL7", &KindOf(SERDAT_CYBERMATE),  1},
+    {"camera-1",     "ESL8", &KindOf(SERDAT_CAMERA),     0},
+    {"camera-2",     "COM1", &KindOf(SERDAT_CAMERA_3GE), 0},
+    {"entrance",     "COM2", &KindOf(SERDAT_CARD_K),     0},
+    {"alarm-board",  "COM3", &KindOf(SERDAT_ALARM),      0},
+    {"panel",        "COM4", &KindOf(SERDAT_MONITOR),    0},
+    {"inputs",       "EIO1", &KindOf(SERDAT_DI),         0},
 };
 
 }  // namespace
@@ -60,10 +62,10 @@ Room::Room(const RoomLayout& layout, const std::filesystem::path& scratch) {
     lines_.push_back({line.name, std::make_unique<Line>(LineOptions{.baud = line.baud})});
   }
   for (const RoomDevice& device : layout.devices) {
-    if (device.kind == kInputsKind) {
+    if (!device.kind->HasLine()) {
       devices_.push_back({device.name, nullptr, &inputs_.emplace(scratch).values()});
     } else {
-      Device& made = FindLine(device.line)->Add(Make(device.kind, static_cast<BYTE>(device.address)));
+      Device& made = FindLine(device.line)->Add(Make(*device.kind, static_cast<BYTE>(device.address)));
       devices_.push_back({device.name, &made, &made.values()});
     }
   }

@@ -9,13 +9,11 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/catalog.h"
-#include "sim/digital_inputs.h"
+#include "fieldline/kinds.h"
+#include "sim/devices/digital_inputs.h"
 #include "sim/line.h"
 
 namespace fieldline::sim {
-
-constexpr std::string_view kInputsKind = "di";  // in a room only: it is on no serial line, so the catalog has none
 
 struct RoomLine {
   std::string_view name;  // the unit's own, without the final colon: ESL3
@@ -25,8 +23,8 @@ struct RoomLine {
 struct RoomDevice {
   std::string_view name;  // what it is called in this room; unique
   std::string_view line;
-  std::string_view kind;  // as in the catalog, or kInputsKind
-  int address;            // 0 where the protocol has none
+  const Kind* kind;
+  int address;  // 0 where the protocol has none
 };
 
 struct RoomLayout {

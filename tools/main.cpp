@@ -8,20 +8,11 @@
 
 #include "fieldline/sensor/sensor_factory.h"
 #include "fieldline/serial/hub_ser_factory.h"
-#include "tools/alarm.h"
-#include "tools/demo.h"
-#include "tools/display.h"
-#include "tools/exit_code.h"
-#include "tools/poll.h"
-#include "tools/raw.h"
-#include "tools/scan.h"
-#include "tools/show_kinds.h"
-#include "tools/show_record.h"
-#include "tools/sim.h"
-#include "tools/test_port.h"
-#include "tools/text.h"
-#include "tools/verb.h"
-#include "tools/watch.h"
+#include "polling/exit_code.h"
+#include "polling/text.h"
+#include "tools/output/alert.h"
+#include "tools/verbs/verb.h"
+#include "tools/verbs/verbs.h"
 
 namespace fieldline::tool {
 namespace {
@@ -76,7 +67,7 @@ int Main(int argc, char** argv) {
 }  // namespace fieldline::tool
 
 int main(int argc, char** argv) {
-  int status = fieldline::tool::ToStatus(fieldline::tool::ExitCode::kSomeFailed);
+  int status = fieldline::ToStatus(fieldline::ExitCode::kSomeFailed);
   try {
     status = fieldline::tool::Main(argc, argv);
   } catch (const std::exception& error) {

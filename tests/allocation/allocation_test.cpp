@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "fieldline/fieldline.h"
-#include "sim/catalog.h"
 #include "tests/allocation/allocations.h"
 #include "tests/support/fake_clock.h"
+#include "tests/support/make_device.h"
 #include "tests/support/temp_directory.h"
 
 namespace fieldline::test {
@@ -44,7 +44,7 @@ std::pair<int, int> CountedPoll(CSensorBase* driver, ISerBase* port, int addr) {
 TEST(Allocation, PollsMakeNone) {
   Clock().sleeps.reserve(100);
   for (const Polled& polled : kPolled) {
-    auto device = sim::Make(polled.device, static_cast<BYTE>(polled.addr));
+    auto device = MakeDevice(polled.device, polled.addr);
     ASSERT_NE(device, nullptr) << polled.device;
     UncountedDevicePort port(std::move(device));
     CSensorBase* driver = CSensorFactory::GetInstance()->GetSensor(polled.kind);
@@ -52,7 +52,7 @@ TEST(Allocation, PollsMakeNone) {
     EXPECT_EQ(CountedPoll(driver, &port, polled.addr), std::pair(1, 0)) << polled.device;
   }
 
-  UncountedDevicePort card_port(sim::Make("card", 1));
+  UncountedDevicePort card_port(MakeDevice("card", 1));
   CSensorCardK card;
   EXPECT_EQ(CountedPoll(&card, &card_port, 1), std::pair(1, 0));
 

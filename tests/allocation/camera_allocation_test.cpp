@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "fieldline/fieldline.h"
-#include "sim/catalog.h"
 #include "tests/allocation/allocations.h"
 #include "tests/support/flash_images.h"
+#include "tests/support/make_device.h"
 
 namespace fieldline::test {
 namespace {
@@ -41,7 +41,7 @@ class FadingPort final : public CSerBase {
 
 TEST(CameraAllocation, IsOneImageBufferThatGoesWithThePoll) {
   const FlashImages flash;
-  UncountedDevicePort port(sim::Make("camera", 0));
+  UncountedDevicePort port(MakeDevice("camera", 0));
   CSensorCamera camera;
   EXPECT_EQ(Poll(camera, port), (Counted{1, 1, 0})) << "stored";
   EXPECT_EQ(Poll(camera, port, false), (Counted{0, 0, 0})) << "no memory";
@@ -55,7 +55,7 @@ TEST(CameraAllocation, IsOneImageBufferThatGoesWithThePoll) {
   CSerBase closed(SER_COM);
   EXPECT_EQ(Poll(camera, closed), (Counted{0, 0, 0})) << "closed port";
 
-  UncountedDevicePort second(sim::Make("camera-3ge", 0));
+  UncountedDevicePort second(MakeDevice("camera-3ge", 0));
   CSensorCamera3ge streaming;
   EXPECT_EQ(Poll(streaming, second), (Counted{1, 0, 0})) << "the second camera makes none";
 }

@@ -8,11 +8,13 @@
 #include <set>
 #include <string>
 
-#include "fieldline/sensor/sensor_factory.h"
-#include "sim/catalog.h"
+#include "fieldline/kinds.h"
+#include "polling/poller.h"
+#include "polling/record/kind_fields.h"
+#include "polling/record/record_json.h"
 #include "tests/support/device_port.h"
+#include "tests/support/make_device.h"
 #include "tests/support/readings.h"
-#include "tools/kinds.h"
 
 namespace fieldline::test {
 namespace {
@@ -27,15 +29,14 @@ void SetAll(sim::Values& values, std::mt19937& random) {
   }
 }
 
-void ExpectEveryValueArrives(const tool::Kind& kind, int address, std::mt19937& random) {
-  DevicePort port(sim::Make(kind.name, static_cast<BYTE>(address)));
+void ExpectEveryValueArrives(const Kind& kind, int address, std::mt19937& random) {
+  DevicePort port(MakeDevice(kind.name, address));
   SetAll(port.device().values(), random);
   if (kind.name == "card") port.device().values().PutNumber("state", 0);  // which the driver demands
-  CSensorFactory::FreeInstance();  // a driver that knows nothing of the last round
-  CSensorBase& driver = *tool::DriverOf(kind);
-  ASSERT_EQ(driver.GetData(&port, address), 1);
+  const std::unique_ptr<CSensorBase> driver = RequireDriver(kind);
+  ASSERT_EQ(driver->GetData(&port, address), 1);
 
-  const nlohmann::json record = tool::RecordToJson(kind.fields, driver.m_pData);
+  const nlohmann::json record = RecordToJson(FieldsOf(kind), driver->m_pData);
   const std::vector<Reading> readings = Readings(kind.name, address, record);
   const bool keeps_some_only = kind.name == "airc" || kind.name == "emerson" || kind.name == "leak";
   for (const auto& [name, number] : NumbersOf(port.device().values())) {
@@ -50,15 +51,14 @@ TEST(RoundTrip, EveryValueOfEveryDeviceArrives) {
   constexpr int kRounds = 20;
   const std::set<std::string_view> tested_elsewhere = {"camera", "camera-3ge", "di"};
   std::mt19937 random(1);
-  for (const tool::Kind& kind : tool::Kinds()) {
-    if (tested_elsewhere.contains(kind.name)) continue;
+  for (const Kind& kind : kKinds) {
+    if (!kind.IsPolled() || tested_elsewhere.contains(kind.name)) continue;
     for (int round = 0; round < kRounds; ++round) {
       SCOPED_TRACE(std::string(kind.name) + ", round " + std::to_string(round));
       ExpectEveryValueArrives(kind, kind.address, random);
-      if (kind.protocol == tool::Protocol::kDual) ExpectEveryValueArrives(kind, kind.address + 1, random);
+      if (kind.protocol == Protocol::kDualProto) ExpectEveryValueArrives(kind, kind.address + 1, random);
     }
   }
-  CSensorFactory::FreeInstance();
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "sim/catalog.h"
-#include "sim/digital_inputs.h"
+#include "sim/devices/digital_inputs.h"
+#include "tests/support/make_device.h"
 #include "tests/support/scripted_port.h"
 #include "tests/support/temp_directory.h"
 
@@ -45,14 +45,13 @@ TEST(Devices, AnswerWhatIsTheirs) {
       {"ups",        0, Text("Q1"),                     ""                                                                 },
   };
   for (const auto& [kind, address, request, reply] : cases) {
-    EXPECT_EQ(ToHex(Ask(*Make(kind, address), request)), reply) << kind << ' ' << ToHex(request);
+    EXPECT_EQ(ToHex(Ask(*test::MakeDevice(kind, address), request)), reply) << kind << ' ' << ToHex(request);
   }
-  EXPECT_EQ(Make("toaster", 1), nullptr);
 }
 
 // "(220.0 140.0 220.0 034 50.0 27.3 35.0 00000000": cells of 2 V and of blocks have other digits.
 TEST(Ups, SendsItsBatteryVoltageInThreeOrFourDigits) {
-  const auto ups = Make("ups", 0);
+  const auto ups = test::MakeDevice("ups", 0);
   ups->values().PutNumber("battery_voltage", 2.05);
   EXPECT_EQ(Ask(*ups, Text("Q1\r")), Text("(220.0 140.0 220.0 034 50.0 2.05 35.0 00000000\r"));
   ups->values().PutNumber("battery_voltage", 27.36);

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "fieldline/platform/serial_device.h"
-#include "sim/envir.h"
+#include "sim/devices/envir.h"
 #include "tests/support/scripted_port.h"
 
 namespace fieldline::sim {

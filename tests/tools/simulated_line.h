@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "sim/catalog.h"
 #include "sim/line.h"
+#include "tests/support/make_device.h"
 
 namespace fieldline::test {
 
@@ -17,7 +17,7 @@ constexpr sim::LineOptions kAnySpeed = {.any_baud = true, .paced = false};
 // A line with one simulated device at its usual address.
 inline std::unique_ptr<sim::Line> StartDevice(std::string_view kind, sim::Faults faults = {}) {
   auto line = std::make_unique<sim::Line>(kAnySpeed);
-  line->Add(sim::Make(kind, static_cast<BYTE>(sim::FindKind(kind)->address)));
+  line->Add(MakeDevice(kind, FindKind(kind)->address));
   line->SetFaults(std::move(faults));
   EXPECT_TRUE(line->Start());
   return line;

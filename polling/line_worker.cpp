@@ -1,0 +1,96 @@
+#include "polling/line_worker.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "fieldline/platform/console.h"
+
+namespace fieldline {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kFirstPause = 250ms;  // before a line that can't be opened is tried again
+constexpr std::chrono::milliseconds kLongestPause = 2s;
+constexpr std::chrono::milliseconds kLookInterval = 1s;  // how often a resting line is looked at
+
+std::vector<std::chrono::milliseconds> Intervals(const SiteLine& line) {
+  std::vector<std::chrono::milliseconds> intervals;
+  for (const SiteDevice& device : line.devices) intervals.push_back(device.interval);
+  return intervals;
+}
+
+}  // namespace
+
+LineWorker::LineWorker(const SiteLine& line, const WatchLimits& limits, TraceOutput& trace, Report report)
+    : line_(line),
+      limits_(limits),
+      report_(std::move(report)),
+      recorder_(&trace, line.name),
+      schedule_(Intervals(line), Clock::now()) {
+  for (const SiteDevice& device : line.devices) devices_.push_back({RequireDriver(*device.kind)});
+}
+
+void LineWorker::Run() {
+  OpenLine open_line(port_, recorder_);
+  auto pause = kFirstPause;
+  for (auto turn = schedule_.Next(Clock::now()); turn && !Stopped(); turn = schedule_.Next(Clock::now())) {
+    if (!line_.local && port_.IsOpened() == 0) {
+      if (!OpenPort(open_line)) {
+        Sleep(pause);
+        pause = std::min(2 * pause, kLongestPause);
+        continue;
+      }
+      pause = kFirstPause;
+      schedule_.Restart(Clock::now());
+    } else if (const auto now = Clock::now(); turn->due > now) {
+      Sleep(std::min<Clock::duration>(turn->due - now, kLookInterval));
+      if (LineIsGone()) port_.Close();
+    } else {
+      Poll(turn->device);
+    }
+  }
+}
+
+bool LineWorker::Stopped() const { return Interrupted() || Clock::now() >= limits_.end; }
+
+void LineWorker::Sleep(Clock::duration time) const {
+  const auto allowed = std::min(time, limits_.end - Clock::now());
+  if (allowed > 0ms)
+    SleepUnlessInterrupted(static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(allowed).count()));
+}
+
+bool LineWorker::OpenPort(OpenLine& open_line) {
+  const std::optional<Failure> failure = open_line.Open(line_.port);
+  if (!failure) return true;
+  port_.Close();  // it may have opened, and refused its settings
+  for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, FailedToOpen(*failure));
+  return false;
+}
+
+// Nothing is under way while the line rests, so there is nothing to lose.
+bool LineWorker::LineIsGone() { return !line_.local && port_.Purge() == 0; }
+
+void LineWorker::Poll(std::size_t index) {
+  const SiteDevice& device = line_.devices[index];
+  ISerBase* const port = line_.local ? nullptr : &port_;
+  const PollResult result = PollOnce(*device.kind, *devices_[index].driver, port, device.address, recorder_);
+  const auto ended = Clock::now();
+  if (result.failure && result.failure->code == "line_gone") {
+    port_.Close();  // an adapter that comes back while it is held open gets another name
+  } else if (result.failure && result.failure->reply.empty()) {
+    schedule_.Silent(index, ended, std::chrono::ceil<Clock::duration>(result.duration));
+  } else {
+    schedule_.Answered(index, ended);
+  }
+  Tell(index, result);
+}
+
+void LineWorker::Tell(std::size_t index, const PollResult& result) {
+  int& polls = devices_[index].polls;
+  if (polls == limits_.polls && limits_.polls != 0) return;
+  report_(line_.devices[index], result);
+  if (++polls == limits_.polls) schedule_.Leave(index);
+}
+
+}  // namespace fieldline

@@ -1,0 +1,144 @@
+#include "polling/protocol/modbus_rtu.h"
+
+#include <algorithm>
+
+#include "fieldline/sensor/modbus.h"
+#include "polling/protocol/wording.h"
+#include "polling/text.h"
+
+namespace fieldline {
+namespace {
+
+constexpr BYTE kException = 0x80;  // set in the function of a reply that refuses the request
+constexpr std::size_t kExceptionLength = 5;
+constexpr std::size_t kCountPosition = 4;  // of a request
+
+constexpr CodeName kFunctions[] = {
+    {1,  "read coils"              },
+    {2,  "read discrete inputs"    },
+    {3,  "read holding registers"  },
+    {4,  "read input registers"    },
+    {5,  "write single coil"       },
+    {6,  "write single register"   },
+    {15, "write multiple coils"    },
+    {16, "write multiple registers"},
+};
+
+constexpr CodeName kExceptions[] = {
+    {1,  "illegal function"              },
+    {2,  "illegal data address"          },
+    {3,  "illegal data value"            },
+    {4,  "device failure"                },
+    {5,  "acknowledge"                   },
+    {6,  "device busy"                   },
+    {7,  "negative acknowledge"          },
+    {8,  "memory parity error"           },
+    {10, "gateway path unavailable"      },
+    {11, "gateway target did not respond"},
+};
+
+bool IsRead(BYTE function) { return function >= kReadCoils && function <= kReadInputRegisters; }
+
+// The length that a reply's byte count announces. Three bytes must have come.
+std::size_t AnnouncedLength(ByteSpan reply) {
+  return static_cast<std::size_t>(kModbusHeadLength + reply[2] + kModbusCrcLength);
+}
+
+bool IsRequest(ByteSpan request) { return request.size() == kModbusRequestLength && IsRead(request[1]); }
+
+std::size_t StandardLength(ByteSpan request) {
+  if (!IsRequest(request)) return 0;
+  const int count = GetWordBE(&request[kCountPosition]);
+  const bool registers = request[1] >= kReadHoldingRegisters;
+  return static_cast<std::size_t>(registers ? RegisterReplyLength(count) : BitReplyLength(count));
+}
+
+std::string CrcVerdict(ByteSpan frame) {
+  const std::optional<bool> good = HasModbusCrc(frame);
+  return good ? Verdict("CRC", *good) : "";
+}
+
+std::string Function(BYTE function) {
+  return "function " + std::to_string(function) + " (" + std::string(NameOf(kFunctions, function)) + ")";
+}
+
+std::string ExceptionText(BYTE exception) {
+  return std::to_string(exception) + " (" + std::string(NameOf(kExceptions, exception)) + ")";
+}
+
+std::string DescribeModbusRequest(ByteSpan request) {
+  std::string text = "device " + std::to_string(request[0]) + ": " + Function(request[1]);
+  if (IsRequest(request)) {
+    text += " from " + std::to_string(GetWordBE(&request[2])) + ", count " +
+            std::to_string(GetWordBE(&request[kCountPosition]));
+  }
+  return text + CrcVerdict(request);
+}
+
+std::string DescribeModbusReply(ByteSpan request, ByteSpan reply) {
+  if (reply.size() < kExceptionLength) return {};
+  if (std::equal(request.begin(), request.end(), reply.begin(), reply.end())) return "the request again";
+  const std::string device = "device " + std::to_string(reply[0]) + ": ";
+  const BYTE function = reply[1];
+  if ((function & kException) != 0) {
+    return device + Function(static_cast<BYTE>(function & ~kException)) + ", exception " + ExceptionText(reply[2]) +
+           CrcVerdict(reply.first(kExceptionLength));
+  }
+  if (!IsRead(function)) return device + Function(function) + CrcVerdict(reply);
+  const std::size_t announced = AnnouncedLength(reply);
+  if (reply.size() < announced) return {};
+  std::string text =
+      device + Function(function) + ", " + Counted(reply[2], "byte") + CrcVerdict(reply.first(announced));
+  if (reply.size() > announced) text += ", then " + Counted(reply.size() - announced, "more byte");
+  return text;
+}
+
+// The CRC of all but the last two bytes, as it goes on the wire after them.
+std::string CrcThatBelongs(ByteSpan frame) {
+  const WORD crc = CRC16(frame.data(), static_cast<BYTE>((frame.size() - kModbusCrcLength) & 0xFF));
+  return HexOf(static_cast<BYTE>(crc & 0xFF)) + ' ' + HexOf(static_cast<BYTE>(crc >> 8));
+}
+
+ReplyFault FindFault(ByteSpan request, ByteSpan reply) {
+  if (request.size() != kModbusRequestLength) return Refused(reply);
+  const auto is_sound = [&](std::size_t length) {
+    return reply.size() >= length && HasModbusCrc(reply.first(length)).value_or(false);
+  };
+  const BYTE function = request[1];
+  if (reply.size() >= kExceptionLength && reply[1] == (function | kException) && is_sound(kExceptionLength)) {
+    return {"modbus_exception", "the device refuses the request with exception " + ExceptionText(reply[2])};
+  }
+
+  // Some devices answer in fewer bytes than the standard; then their own byte count tells.
+  std::size_t expected = StandardLength(request);
+  if (reply.size() >= kModbusHeadLength && reply[1] == function) {
+    const std::size_t announced = AnnouncedLength(reply);
+    if (is_sound(announced)) return WrongLength(announced);
+    expected = std::min(expected, announced);
+  }
+  if (reply.size() < expected) return ShortReply(reply.size(), expected);
+  return WrongChecksum(Hex(reply.last(kModbusCrcLength)), CrcThatBelongs(reply));
+}
+
+std::optional<int> ReplyAddress(ByteSpan reply) { return reply.empty() ? std::nullopt : std::optional<int>(reply[0]); }
+
+}  // namespace
+
+std::optional<bool> HasModbusCrc(ByteSpan frame) {
+  constexpr std::size_t kMostCovered = 255;
+  const std::size_t least = 2 + kModbusCrcLength;
+  if (frame.size() < least || frame.size() - kModbusCrcLength > kMostCovered) return std::nullopt;
+  const std::size_t covered = frame.size() - kModbusCrcLength;
+  return CRC16(frame.data(), static_cast<BYTE>(covered)) == GetWordLE(&frame[covered]);
+}
+
+const WireProtocol kModbusRtu = {
+    .is_request = IsRequest,
+    .describe_request = DescribeModbusRequest,
+    .describe_reply = DescribeModbusReply,
+    .find_fault = FindFault,
+    .reply_address = ReplyAddress,
+    .standard_length = StandardLength,
+};
+
+}  // namespace fieldline

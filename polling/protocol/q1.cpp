@@ -1,0 +1,56 @@
+#include "polling/protocol/q1.h"
+
+#include "polling/protocol/wording.h"
+
+namespace fieldline {
+namespace {
+
+constexpr BYTE kEnd = '\r';
+
+struct Command {
+  std::string_view line;
+  std::string_view name;
+};
+
+constexpr Command kCommands[] = {
+    {"Q1\r", "status"        },
+    {"I\r",  "identification"},
+    {"F\r",  "ratings"       },
+};
+
+const Command* Find(ByteSpan request) {
+  for (const Command& command : kCommands) {
+    if (Equals(request, command.line)) return &command;
+  }
+  return nullptr;
+}
+
+bool IsRequest(ByteSpan request) { return Find(request) != nullptr; }
+
+std::string DescribeQ1Request(ByteSpan request) {
+  return Quoted(request.first(request.size() - 1)) + ": " + std::string(Find(request)->name);
+}
+
+std::string DescribeQ1Reply(ByteSpan, ByteSpan reply) {
+  return reply.back() == kEnd ? Quoted(reply.first(reply.size() - 1)) : std::string();
+}
+
+ReplyFault FindFault(ByteSpan, ByteSpan reply) {
+  if (reply.back() != kEnd) {
+    return {"short_reply", std::to_string(reply.size()) + " bytes came without the carriage return"};
+  }
+  return {"reply_format", "the reply is not what the command asks for: " + Quoted(reply.first(reply.size() - 1))};
+}
+
+}  // namespace
+
+const WireProtocol kQ1 = {
+    .is_request = IsRequest,
+    .describe_request = DescribeQ1Request,
+    .describe_reply = DescribeQ1Reply,
+    .find_fault = FindFault,
+    .reply_address = NoAddress,
+    .standard_length = NoStandardLength,
+};
+
+}  // namespace fieldline

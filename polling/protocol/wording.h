@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "polling/protocol/protocol.h"
+
+// What the descriptions of all protocols have in common.
+namespace fieldline {
+
+struct CodeName {
+  BYTE code;
+  std::string_view name;
+};
+
+// "unknown" for a code that is not among the names.
+std::string_view NameOf(std::span<const CodeName> names, BYTE code);
+
+std::string HexOf(BYTE byte);
+std::string HexOf(WORD word);
+
+// "1 byte", "2 bytes"
+std::string Counted(std::size_t number, std::string_view what);
+
+// ", CRC good" or ", CRC BAD"
+std::string Verdict(std::string_view checksum, bool good);
+
+// In quotation marks, with a dot for what can't be printed.
+std::string Quoted(ByteSpan text);
+
+bool Equals(ByteSpan bytes, std::string_view text);
+
+ReplyFault ShortReply(std::size_t came, std::size_t expected);
+ReplyFault WrongLength(std::size_t came);
+ReplyFault WrongChecksum(const std::string& came, const std::string& belongs);
+ReplyFault Refused(ByteSpan reply);
+
+// For protocols without addresses, and without a standard length.
+std::optional<int> NoAddress(ByteSpan reply);
+std::size_t NoStandardLength(ByteSpan request);
+
+}  // namespace fieldline

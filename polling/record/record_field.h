@@ -1,0 +1,77 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "fieldline/types.h"
+
+namespace fieldline {
+
+enum class FieldType { kU8, kU16, kI16, kU32, kI32, kAscii, kUtf16 };
+
+// One entry of a driver's record: a number, a text, or a run of numbers, which are called <name>_<first> and so on.
+struct RecordField {
+  std::string_view name;
+  std::size_t position;  // within the record, bytes
+  FieldType type;
+  int count = 1;               // numbers in the run; of a text, the units it has room for
+  int first = 1;               // of a run
+  int factor = 1;              // how many times its physical value the record holds: 1, 10, 100 or 1000
+  std::string_view unit = {};  // of the physical value; empty where the library knows none
+};
+
+using Fields = std::span<const RecordField>;
+
+// Bytes of one number, or of one unit of a text.
+constexpr std::size_t FieldWidth(FieldType type) {
+  switch (type) {
+    case FieldType::kU8:
+    case FieldType::kAscii:
+      return 1;
+    case FieldType::kU16:
+    case FieldType::kI16:
+    case FieldType::kUtf16:
+      return 2;
+    default:
+      return 4;
+  }
+}
+
+// "uint8", "utf-16" and so on.
+std::string_view FieldTypeName(FieldType type);
+
+bool IsText(const RecordField& field);
+
+// The name of the number at `index` of a run, or of a field that is alone.
+std::string FieldName(const RecordField& field, int index);
+
+// First position after the fields.
+constexpr std::size_t FieldsEnd(Fields fields) {
+  std::size_t end = 0;
+  for (const RecordField& field : fields) {
+    end = std::max(end, field.position + static_cast<std::size_t>(field.count) * FieldWidth(field.type));
+  }
+  return end;
+}
+
+// A number of the record as it stands there, of a run the one at `index`.
+long long RawNumber(const RecordField& field, const BYTE* record, int index = 0);
+
+// A text of the record, in UTF-8.
+std::string RecordText(const RecordField& field, const BYTE* record);
+
+// Whether the number has a scale or a unit.
+bool IsPhysical(const RecordField& field);
+
+// A raw number in the field's unit; and as text with its unit, empty for a field that is not physical.
+double Physical(const RecordField& field, long long raw);
+std::string PhysicalText(const RecordField& field, long long raw);
+
+// The number of a field that is no run, in its unit; and as text, with its unit after it.
+double PhysicalNumber(const RecordField& field, const BYTE* record);
+std::string PhysicalNumberText(const RecordField& field, const BYTE* record);
+
+}  // namespace fieldline

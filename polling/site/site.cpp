@@ -1,0 +1,173 @@
+#include "polling/site/site.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include "polling/kind_name.h"
+#include "polling/record/kind_fields.h"
+#include "polling/site/json_file.h"
+#include "polling/usage_error.h"
+
+namespace fieldline {
+namespace {
+
+constexpr std::string_view kInputs = "EIO1";  // what the driver of the unit's own inputs opens
+constexpr std::chrono::milliseconds kUsualInterval(1000);
+
+// A line's name becomes part of its port's definition, which has little room.
+bool IsLineName(std::string_view name) {
+  constexpr std::size_t kMost = 20;
+  constexpr std::string_view kAllowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.";
+  return !name.empty() && name.size() <= kMost && name.find_first_not_of(kAllowed) == std::string_view::npos;
+}
+
+class Reader {
+ public:
+  Site ReadSite(const JsonNode& node) {
+    node.RequireObject({"lines"});
+    const JsonNode lines = node.Get("lines");
+    for (const auto& [name, line] : lines.Members()) site_.lines.push_back(ReadLine(name, line));
+    if (site_.lines.empty()) lines.Refuse("a line is needed");
+    return std::move(site_);
+  }
+
+ private:
+  SiteLine ReadLine(const std::string& name, const JsonNode& node) {
+    if (!IsLineName(name)) node.Refuse("the name of a line has 1 to 20 letters, digits, dots and dashes");
+    SiteLine line{name, name == kInputs, {}, {}};
+    if (line.local) {
+      node.RequireObject({"path", "devices"});
+      ApplyMaps({.port = {}, .maps = {name + '=' + ReadPath(name, node)}, .timeout = {}});
+    } else {
+      node.RequireObject({"path", "settings", "timeout", "devices"});
+      line.port = ReadPort(name, node);
+    }
+    const JsonNode devices = node.Get("devices");
+    for (const auto& [device, description] : devices.Members()) {
+      line.devices.push_back(ReadDevice(device, line, description));
+    }
+    if (line.devices.empty()) devices.Refuse("a device is needed");
+    return line;
+  }
+
+  LineConfig ReadPort(const std::string& name, const JsonNode& node) {
+    LineArguments arguments;
+    arguments.maps = {name + '=' + ReadPath(name, node)};
+    const JsonNode settings = node.Get("settings");
+    arguments.port = name + ':' + settings.Text();
+    LineConfig line = Resolved(arguments, settings);
+    if (const auto timeout = node.Find("timeout")) {
+      arguments.timeout = timeout->Text();
+      line = Resolved(arguments, *timeout);
+    }
+    return line;
+  }
+
+  static LineConfig Resolved(const LineArguments& arguments, const JsonNode& node) {
+    try {
+      return ResolveLine(arguments, {});
+    } catch (const UsageError& error) {
+      node.Refuse(error.what());
+    }
+  }
+
+  std::string ReadPath(const std::string& line, const JsonNode& node) {
+    const JsonNode path = node.Get("path");
+    if (path.Text().empty()) path.Refuse("the path of the device is needed, such as /dev/ttyUSB0");
+    const auto [first, is_new] = lines_by_path_.try_emplace(path.Text(), line);
+    if (!is_new) path.Refuse("this is the path of " + first->second + " already");
+    return path.Text();
+  }
+
+  SiteDevice ReadDevice(const std::string& name, const SiteLine& line, const JsonNode& node) {
+    node.RequireObject({"kind", "address", "interval", "show", "scale"});
+    if (name.empty()) node.Refuse("a device needs a name");
+    const auto [first, is_new] = lines_by_device_.try_emplace(name, line.name);
+    if (!is_new) node.Refuse("there is a device of this name on " + first->second + " already");
+
+    const Kind& kind = ReadKind(node.Get("kind"));
+    if (line.local != (kind.protocol == Protocol::kInputs)) {
+      node.Get("kind").Refuse(line.local ? "only di is at " + line.name
+                                         : std::string(kind.name) + " is on no line, but at " + std::string(kInputs));
+    }
+    if (IsCamera(kind)) {
+      node.Get("kind").Refuse("a camera's poll takes a picture, and has no values to watch");
+    }
+    SiteDevice device{name, &kind, kind.address, kUsualInterval, TakenApart(FieldsOf(kind)), 0};
+    if (const auto address = node.Find("address")) {
+      if (kind.address == 0) address->Refuse(std::string(kind.name) + " has no address; leave it out");
+      device.address = static_cast<int>(address->Integer(0, 255));
+    }
+    if (const auto interval = node.Find("interval")) device.interval = interval->Duration();
+    if (const auto show = node.Find("show")) device.shown = FindNumber(show->Text(), device, *show);
+    if (const auto scales = node.Find("scale")) {
+      for (const auto& [number, scale] : scales->Members()) {
+        Rescale(device.fields[FindNumber(number, device, scale)], scale);
+      }
+    }
+    return device;
+  }
+
+  static const Kind& ReadKind(const JsonNode& node) {
+    try {
+      return RequirePolledKind(node.Text());
+    } catch (const UsageError& error) {
+      node.Refuse(error.what());
+    }
+  }
+
+  // Each number of a run as a field of its own, so that it can have a scale of its own.
+  std::vector<RecordField> TakenApart(Fields fields) {
+    std::vector<RecordField> numbers;
+    for (const RecordField& field : fields) {
+      if (field.count == 1 || IsText(field)) {
+        numbers.push_back(field);
+        continue;
+      }
+      for (int i = 0; i < field.count; ++i) {
+        RecordField number = field;
+        number.name = site_.texts.emplace_back(FieldName(field, i));
+        number.position += static_cast<std::size_t>(i) * FieldWidth(field.type);
+        number.count = 1;
+        numbers.push_back(number);
+      }
+    }
+    return numbers;
+  }
+
+  static std::size_t FindNumber(const std::string& name, const SiteDevice& device, const JsonNode& node) {
+    const auto found = std::ranges::find(device.fields, name, &RecordField::name);
+    if (found == device.fields.end() || IsText(*found)) {
+      const std::string kind(device.kind->name);
+      node.Refuse(kind + " has no number \"" + name + "\"; `fieldline record " + kind + "` shows those that it has");
+    }
+    return static_cast<std::size_t>(found - device.fields.begin());
+  }
+
+  void Rescale(RecordField& field, const JsonNode& node) {
+    node.RequireObject({"factor", "unit"});
+    if (const auto factor = node.Find("factor")) {
+      field.factor = static_cast<int>(factor->Integer(1, 1000));
+      constexpr int kFactors[] = {1, 10, 100, 1000};
+      if (std::ranges::find(kFactors, field.factor) == std::end(kFactors)) {
+        factor->Refuse("1, 10, 100 or 1000 is needed: how many times the value in its unit the record holds");
+      }
+    }
+    if (const auto unit = node.Find("unit")) field.unit = site_.texts.emplace_back(unit->Text());
+  }
+
+  Site site_;
+  std::map<std::string, std::string> lines_by_path_;
+  std::map<std::string, std::string> lines_by_device_;
+};
+
+}  // namespace
+
+Site ReadSite(const std::string& path) {
+  const JsonFile file(path);
+  return Reader().ReadSite(file.Root());
+}
+
+}  // namespace fieldline

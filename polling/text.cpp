@@ -1,0 +1,68 @@
+#include "polling/text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+namespace fieldline {
+namespace {
+
+template <typename... Args>
+std::string Print(const char* format, Args... args) {
+  char text[64];
+  std::snprintf(text, sizeof text, format, args...);
+  return text;
+}
+
+}  // namespace
+
+std::string Hex(std::span<const BYTE> bytes, std::size_t most) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (const BYTE byte : bytes.first(std::min(bytes.size(), most))) {
+    if (!text.empty()) text += ' ';
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 0xF];
+  }
+  if (bytes.size() > most) text += " ... (" + std::to_string(bytes.size()) + " bytes)";
+  return text;
+}
+
+std::optional<long> ParseInteger(std::string_view text) {
+  int base = 10;
+  if (text.starts_with("0x") || text.starts_with("0X")) {
+    text.remove_prefix(2);
+    base = 16;
+    if (text.starts_with('-')) return std::nullopt;
+  }
+  long number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+  if (error != std::errc{} || stop != end) return std::nullopt;
+  return number;
+}
+
+std::string Fixed(double number, int decimals) { return Print("%.*f", decimals, number); }
+
+std::string Join(std::span<const std::string> parts, std::string_view between) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (!text.empty()) text += between;
+    text += part;
+  }
+  return text;
+}
+
+std::string IsoTime(Time time, int digits) {
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::microseconds>(time - day));
+  std::string text = Print("%04d-%02u-%02uT%02d:%02d:%02d.%06d", static_cast<int>(date.year()),
+                           static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                           static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                           static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+  text.resize(text.size() - 6 + static_cast<std::size_t>(digits));
+  return text + 'Z';
+}
+
+}  // namespace fieldline

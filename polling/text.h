@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fieldline/types.h"
+
+namespace fieldline {
+
+using Bytes = std::vector<BYTE>;
+
+// "01 03 00": all bytes, or the first `most` and how many there are.
+std::string Hex(std::span<const BYTE> bytes, std::size_t most = SIZE_MAX);
+
+// Decimal, or hexadecimal behind "0x"; nothing when `text` is anything else, to its last character.
+std::optional<long> ParseInteger(std::string_view text);
+
+// "17.3" for 17.26 and one decimal.
+std::string Fixed(double number, int decimals);
+
+// "a, b, c"
+std::string Join(std::span<const std::string> parts, std::string_view between = ", ");
+
+using Time = std::chrono::system_clock::time_point;
+
+// 2024-05-17T13:45:00.123Z, with up to six digits of the second's fraction.
+std::string IsoTime(Time time, int digits = 3);
+
+}  // namespace fieldline

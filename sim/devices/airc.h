@@ -1,0 +1,18 @@
+#pragma once
+
+#include "sim/devices/modbus_slave.h"
+
+namespace fieldline::sim {
+
+// Controller of an air conditioner. It has 26 input registers, sends them low byte first, and answers a read that asks
+// for more with what it has.
+class AirConditioner : public ModbusSlave {
+ public:
+  explicit AirConditioner(BYTE address);
+
+ protected:
+  void Refresh() override;
+  Bytes Answer(std::span<const BYTE> request) override;
+};
+
+}  // namespace fieldline::sim

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+#include "sim/devices/modbus_slave.h"
+
+namespace fieldline::sim {
+
+// The unit that exists in two variants, told apart by the parity of its address: DualProtoModbus at an even address,
+// DualProtoFrame at an odd one.
+std::unique_ptr<Device> MakeDualProto(BYTE address);
+
+// Single-precision numbers in pairs of holding registers, the high half first, and one coil for the state. A number
+// is named after its first register: register_2348 ...
+class DualProtoModbus : public ModbusSlave {
+ public:
+  explicit DualProtoModbus(BYTE address);
+
+ protected:
+  void Refresh() override;
+};
+
+// Answers one 5-byte request with one block of raw bytes:
+//
+//   request  address 01 02, checksum low byte first: minus the sum of the three bytes before it
+//   reply    address 01, length of the body, body
+//
+// Values are named after their place in the body, apart from the state: word_0 (two bytes, low byte first), byte_14 ...
+class DualProtoFrame : public Device {
+ public:
+  explicit DualProtoFrame(BYTE address);
+
+  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+
+ private:
+  Bytes Body();
+
+  const BYTE address_;
+};
+
+}  // namespace fieldline::sim

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "sim/devices/hex_ascii.h"
+
+namespace fieldline::sim {
+
+// Power unit: 52 numbers by four commands, eleven state bytes by a fifth.
+class PowerUnit : public HexAsciiDevice {
+ public:
+  explicit PowerUnit(BYTE address);
+
+ protected:
+  std::optional<std::string> Answer(unsigned command, std::string_view info) override;
+
+ private:
+  std::string Floats(int first, int last);
+  std::string States(int first, int last);
+};
+
+}  // namespace fieldline::sim

@@ -1,0 +1,99 @@
+#include "polling/site/site.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "polling/usage_error.h"
+#include "tests/support/temp_directory.h"
+
+namespace fieldline {
+namespace {
+
+using testing::HasSubstr;
+
+Site Read(const std::string& text) {
+  const TempDirectory directory;
+  directory.WriteFile("site.json", text);
+  return ReadSite(directory.Path("site.json"));
+}
+
+std::string Refusal(const std::string& text) {
+  try {
+    Read(text);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(Site, EveryNumberMayHaveAScale) {
+  const Site site = Read(R"({"lines": {"A": {"path": "/dev/a", "settings": "9600,e,8,1", "timeout": "2,80", "devices": {
+    "air": {"kind": "airc", "address": 9, "interval": "250ms", "show": "register_1",
+            "scale": {"register_1": {"factor": 10, "unit": "K"}}}, "other": {"kind": "airc"}}}}})");
+  ASSERT_EQ(site.lines.size(), 1u);
+  EXPECT_EQ(site.lines[0].port.definition, L"A:9600,e,8,1");
+  EXPECT_EQ(site.lines[0].port.timeout->constant, 80);
+  const SiteDevice& air = site.lines[0].devices[0];
+  EXPECT_EQ(air.address, 9);
+  EXPECT_EQ(air.interval.count(), 250);
+  EXPECT_EQ(air.shown, 1u);
+  // The record begins with a run: registers 0 to 2, of two bytes each.
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(air.fields[i].name, "register_" + std::to_string(i));
+    EXPECT_EQ(air.fields[i].position, 2 * i);
+    EXPECT_EQ(air.fields[i].factor, i == 1 ? 10 : 1);
+  }
+  EXPECT_EQ(air.fields[1].unit, "K");
+  EXPECT_EQ(site.lines[0].devices[1].fields[1].factor, 1);
+}
+
+TEST(Site, IsCheckedWhole) {
+  // What stands in place of the dots: of a file, of a line, of a device.
+  const auto line = [](const std::string& members) {
+    return R"({"lines": {"A": {"path": "/dev/a", )" + members + "}}}";
+  };
+  const auto device = [&](const std::string& members) {
+    return line(R"("settings": "2400,n,8,1", "devices": {"probe": {)" + members + "}}");
+  };
+  const struct {
+    std::string text;
+    const char* message;
+  } cases[] = {
+      {"{\n  \"lines\": {]\n}",                                                                             "line 2, column 13"                                               },
+      {R"({"lines": {"A": {}, "A": {}}})",                                                                  "\"A\" stands twice"                                              },
+      {R"({"lines": {}, "line": 1})",                                                                       "/line: there is no such key; the keys are lines"                 },
+      {R"({"lines": {}})",                                                                                  "/lines: a line is needed"                                        },
+      {R"({"lines": {"A/B": {}}})",                                                                         "/lines/A/B: the name of a line has"                              },
+      {R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})",                                    "/lines/A: \"path\" is missing"                                   },
+      {R"({"lines": {"EIO1": {"path": "/dev/a", "settings": "2400,n,8,1"}}})",
+       "/lines/EIO1/settings: there is no such"                                                                                                                               },
+      {R"({"lines": {"EIO1": {"path": "/dev/a", "devices": {"x": {"kind": "envir"}}}}})",                   "only di is at EIO1"                                              },
+      {line(R"("devices": {})"),                                                                            "/lines/A: \"settings\" is missing"                               },
+      {line(R"("settings": "2400,n,8", "devices": {})"),                                                    "/lines/A/settings: line settings \"2400,n,8\": four fields"      },
+      {line(R"("settings": "2400,n,8,1", "timeout": 6, "devices": {})"),                                    "/lines/A/timeout: a text is needed"                              },
+      {line(R"("settings": "2400,n,8,1", "timeout": "6", "devices": {})"),                                  "PER_BYTE,CONSTANT"                                               },
+      {line(R"("settings": "2400,n,8,1", "devices": {})"),                                                  "/lines/A/devices: a device is needed"                            },
+      {device(""),                                                                                          "/lines/A/devices/probe: \"kind\" is missing"                     },
+      {device(R"("kind": "toaster")"),                                                                      "/probe/kind: there is no kind \"toaster\"; the kinds are envir, "},
+      {device(R"("kind": "di")"),                                                                           "di is on no line"                                                },
+      {device(R"("kind": "camera")"),                                                                       "/probe/kind: a camera's poll takes a picture"                    },
+      {device(R"("kind": "ups", "address": 1)"),                                                            "/probe/address: ups has no address"                              },
+      {device(R"("kind": "envir", "address": 256)"),                                                        "/probe/address: a whole number from 0 to 255 is needed"          },
+      {device(R"("kind": "envir", "interval": "2h")"),                                                      "/probe/interval: a time "                                        },
+      {device(R"("kind": "ups", "show": "maker")"),                                                         "/probe/show: ups has no number \"maker\""                        },
+      {device(R"("kind": "envir", "scale": {"register_1": {"factor": 7}})"),                                "/register_1/factor: 1, 10, 100 or 1000"                          },
+      {device(R"("kind": "envir", "scale": {"heat": {}})"),                                                 "/scale/heat: envir has no number \"heat\""                       },
+      {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
+                     "B": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"y": {"kind": "ups"}}}}})",
+       "/lines/B/path: this is the path of A already"                                                                                                                         },
+      {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
+                     "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
+       "/lines/B/devices/x: there is a device of this name on A already"                                                                                                      },
+  };
+  for (const auto& c : cases) EXPECT_THAT(Refusal(c.text), HasSubstr(c.message)) << c.text;
+}
+
+}  // namespace
+}  // namespace fieldline

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "polling/record/poll_json.h"
+
+namespace fieldline::tool {
+
+// One line on standard output.
+void PrintJson(const nlohmann::ordered_json& json);
+
+// "envir at address 1", or "ups".
+std::string Subject(const Kind& kind, int address);
+
+// For people, on standard error.
+void ShowFailure(const std::string& subject, const Failure& failure);
+
+}  // namespace fieldline::tool

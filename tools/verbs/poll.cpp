@@ -1,0 +1,164 @@
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "fieldline/kinds.h"
+#include "fieldline/platform/console.h"
+#include "fieldline/serial/hub_ser_factory.h"
+#include "polling/kind_name.h"
+#include "polling/poller.h"
+#include "polling/record/kind_fields.h"
+#include "polling/snapshot.h"
+#include "polling/statistics.h"
+#include "polling/text.h"
+#include "polling/trace_output.h"
+#include "tools/options/duration_option.h"
+#include "tools/options/flash_root_option.h"
+#include "tools/options/line_option.h"
+#include "tools/options/number_option.h"
+#include "tools/options/output_option.h"
+#include "tools/output/picture_progress.h"
+#include "tools/output/record_table.h"
+#include "tools/output/report.h"
+#include "tools/verbs/verbs.h"
+
+namespace fieldline::tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  fieldline poll envir --port /dev/ttyUSB0\n"
+    "  fieldline poll elec --port COM1:9600,e,8,1 --address 5 --map COM1=/dev/ttyUSB0\n"
+    "  fieldline poll ups --port /dev/ttyUSB0 --count 0 --interval 5s --json >ups.jsonl\n"
+    "  fieldline poll camera --port /dev/ttyUSB0 --flash-root . --until-good 3\n"
+    "  fieldline poll di --map EIO1=/dev/eio1";
+
+struct Arguments {
+  std::string kind;
+  LineArguments line;
+  std::optional<int> address;
+  int count = 1;
+  int until_good = 0;
+  std::chrono::milliseconds interval{1000};
+  OutputArguments output;
+  std::string flash_root;
+};
+
+// What is polled, and where.
+struct Target {
+  const Kind& kind;
+  int address;
+  std::string port;  // as shown
+};
+
+std::string SubjectOf(const Target& target) { return Subject(target.kind, target.address); }
+
+void ShowPoll(const Target& target, const PollResult& result, const std::optional<Snapshot>& snapshot, bool json) {
+  if (json) {
+    ordered_json line = PollHead(target.kind, target.address, target.port, result);
+    AddOutcome(line, result, FieldsOf(target.kind));
+    if (snapshot) AddSnapshot(line, *snapshot);
+    PrintJson(line);
+  } else if (result.failure) {
+    ShowFailure(SubjectOf(target), *result.failure);
+  } else {
+    std::cout << SubjectOf(target);
+    if (!target.port.empty()) std::cout << " on " << target.port;
+    std::cout << ", " << Fixed(result.duration.count(), 1) << " ms\n";
+    PrintRecord(std::cout, FieldsOf(target.kind), result.record.data());
+    if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
+    std::cout << std::flush;
+  }
+}
+
+ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBase& driver, ISerBase* port,
+                    Recorder& recorder) {
+  const bool camera = IsCamera(target.kind);
+  PictureProgress progress(port, arguments.output.ShowsProgress());
+  const int most = arguments.until_good != 0 ? arguments.until_good : arguments.count;
+  Statistics statistics;
+  std::optional<Failure> last_failure;
+  auto next = std::chrono::steady_clock::now();
+  for (int done = 0; !Interrupted();) {
+    progress.Begin(SubjectOf(target));
+    PollResult result = PollOnce(target.kind, driver, port, target.address, recorder);
+    std::optional<Snapshot> snapshot;
+    if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver.m_pData, &result);
+    progress.End();
+    statistics.Add(result);
+    ShowPoll(target, result, snapshot, arguments.output.json);
+    last_failure = result.failure;
+    if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
+    if (arguments.until_good != 0 && !result.failure) break;
+    if (most != 0 && ++done == most) break;
+    const auto now = std::chrono::steady_clock::now();
+    next = std::max(next + arguments.interval, now);
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
+    if (wait.count() > 0) SleepUnlessInterrupted(static_cast<int>(wait.count()));
+    if (result.failure && port != nullptr) port->Purge();  // what came late
+  }
+  if (most != 1 && !arguments.output.quiet) statistics.Print(std::cerr);
+  return arguments.until_good != 0 && !last_failure ? ExitCode::kGood : statistics.Result();
+}
+
+ExitCode Run(const Arguments& arguments) {
+  const Kind& kind = RequirePolledKind(arguments.kind);
+  if (arguments.address && !kind.HasAddress()) {
+    throw UsageError(arguments.kind + " has no address; leave out --address");
+  }
+  Target target{kind, arguments.address.value_or(kind.address), {}};
+  const std::unique_ptr<CSensorBase> driver = RequireDriver(kind);
+  if (!arguments.flash_root.empty()) {
+    if (!IsCamera(kind)) throw UsageError("--flash-root is for cameras; leave it out");
+    UseFlashRoot(arguments.flash_root);
+  }
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
+
+  if (kind.protocol == Protocol::kInputs) {
+    ApplyMaps(arguments.line);
+    CatchInterrupts();
+    return PollSeries(arguments, target, *driver, nullptr, recorder);
+  }
+
+  const LineConfig line = ResolveLine(arguments.line, UsualSettings(kind));
+  target.port = line.shown;
+  CHubSerFactory* const ports = CHubSerFactory::GetInstance();
+  ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
+  if (port == nullptr) throw std::bad_alloc();
+  OpenLine open_line(*port, recorder);
+  if (const std::optional<Failure> failure = open_line.Open(line)) {
+    ShowPoll(target, FailedToOpen(*failure), {}, arguments.output.json);
+    return failure->exit;
+  }
+  CatchInterrupts();
+  return PollSeries(arguments, target, *driver, port, recorder);
+}
+
+}  // namespace
+
+Verb AddPoll(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& command = *app.add_subcommand("poll", "Poll a device and show its record");
+  command.footer(kExamples);
+  command.add_option("KIND", arguments->kind, "Kind of device")->type_name("")->required();
+  AddLineOptions(command, arguments->line);
+  AddNumber(command, "--address", 0, 255, "Bus address [usual one of the kind]",
+            [arguments](int address) { arguments->address = address; });
+  CLI::Option* const count = AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make; 0: until Ctrl-C [1]",
+                                       [arguments](int polls) { arguments->count = polls; });
+  AddNumber(command, "--until-good", 1, 1'000'000'000, "Polls to make at most, until one is good",
+            [arguments](int polls) { arguments->until_good = polls; })
+      ->excludes(count);
+  AddDuration(command, "--interval", "From the start of a poll to the next, in ms, or as 250ms or 5s [1s]",
+              [arguments](std::chrono::milliseconds interval) { arguments->interval = interval; });
+  AddFlashRoot(command, arguments->flash_root);
+  AddOutputOptions(command, arguments->output);
+  return {&command, [arguments] { return Run(*arguments); }};
+}
+
+}  // namespace fieldline::tool

@@ -1,0 +1,180 @@
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fieldline/platform/console.h"
+#include "fieldline/serial/hub_ser_factory.h"
+#include "polling/poller.h"
+#include "polling/protocol/protocol.h"
+#include "polling/text.h"
+#include "polling/trace_output.h"
+#include "tools/options/duration_option.h"
+#include "tools/options/line_option.h"
+#include "tools/options/number_option.h"
+#include "tools/options/output_option.h"
+#include "tools/output/progress.h"
+#include "tools/output/report.h"
+#include "tools/verbs/raw_frame.h"
+#include "tools/verbs/verbs.h"
+
+namespace fieldline::tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  fieldline raw --port /dev/ttyUSB0:9600,n,8,1 01 03 00 00 00 02 --append crc16\n"
+    "  fieldline raw --port /dev/ttyUSB0:2400,n,8,1 --text 'Q1\\r'\n"
+    "  fieldline raw --port /dev/ttyUSB0:9600,n,8,1 20 01 46 41 01 --append hex-ascii\n"
+    "  fieldline raw --port /dev/ttyUSB0:115200,n,8,1 06 --append alarm --read 7 --json";
+
+constexpr char kUsualSettings[] = "9600,n,8,1";
+constexpr ReadTimeout kUsualTimeout = {6, 100};
+
+struct Arguments {
+  LineArguments line;
+  std::vector<std::string> bytes;
+  std::string text;
+  std::string append;
+  int read = 0;  // bytes; 0: until the line falls silent
+  std::chrono::milliseconds wait{1000};
+  OutputArguments output;
+};
+
+std::string Printable(std::span<const BYTE> bytes) {
+  std::string text;
+  for (const BYTE c : bytes) text += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '.';
+  return text;
+}
+
+// Reads single bytes: each read waits for one time-out, and the first of them to end without a byte behind others shows
+// that the line is silent.
+Bytes ReadUntilSilence(ISerBase& port, const Arguments& arguments, const ReadTimeout& timeout) {
+  const auto silence = std::max(1, timeout.per_byte + timeout.constant);
+  Bytes reply;
+  for (long left = std::max(1L, static_cast<long>(arguments.wait.count()) / silence); left > 0 && !Interrupted();) {
+    BYTE byte;
+    if (port.Read(&byte, 1) == 1) {
+      reply.push_back(byte);
+      left = 1;
+    } else {
+      --left;
+    }
+  }
+  return reply;
+}
+
+Bytes Receive(ISerBase& port, const Arguments& arguments, const ReadTimeout& timeout) {
+  if (arguments.read == 0) return ReadUntilSilence(port, arguments, timeout);
+  Bytes reply(static_cast<std::size_t>(arguments.read));
+  reply.resize(static_cast<std::size_t>(std::max(0, port.Read(reply.data(), arguments.read))));
+  return reply;
+}
+
+void Dump(const Bytes& bytes) {
+  constexpr std::size_t kPerLine = 16;
+  for (std::size_t i = 0; i < bytes.size(); i += kPerLine) {
+    const auto line = std::span(bytes).subspan(i, std::min(kPerLine, bytes.size() - i));
+    std::cout << std::left << std::setw(3 * kPerLine + 1) << Hex(line) << Printable(line) << '\n';
+  }
+}
+
+ExitCode Run(const Arguments& arguments) {
+  if (arguments.bytes.empty() == arguments.text.empty()) {
+    throw UsageError("which bytes? write them in hexadecimal, such as 01 03, or --text 'Q1\\r'");
+  }
+  const Bytes bytes = arguments.text.empty() ? ParseHexBytes(arguments.bytes) : ParseEscapes(arguments.text);
+  const Bytes request = MakeFrame(arguments.append, bytes);
+  LineConfig line = ResolveLine(arguments.line, kUsualSettings);
+  if (!line.timeout) line.timeout = kUsualTimeout;
+  CHubSerFactory* const ports = CHubSerFactory::GetInstance();
+  ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
+  if (port == nullptr) throw std::bad_alloc();
+  TraceOutput trace(arguments.output.trace);
+  Recorder recorder(&trace);
+  OpenLine open_line(*port, recorder);
+
+  const Time time = std::chrono::system_clock::now();
+  std::optional<Failure> failure = open_line.Open(line);
+  const auto began = std::chrono::steady_clock::now();
+  Bytes reply;
+  if (!failure) {
+    CatchInterrupts();
+    Progress progress(port, arguments.output.ShowsProgress());
+    progress.Begin("raw");
+    const int size = static_cast<int>(request.size());
+    if (port->Write(request.data(), size) == size) {
+      reply = Receive(*port, arguments, *line.timeout);
+      if (reply.empty() && port->Purge() == 0) {
+        failure = Failure{ExitCode::kNoLine, "line_gone", "the line vanished: was the adapter unplugged?"};
+      } else if (reply.empty()) {
+        failure = Failure{ExitCode::kNoAnswer, "no_answer", "nothing answered"};
+      }
+    } else {
+      failure = Failure{ExitCode::kNoLine, "not_sent", "the bytes could not be sent"};
+    }
+    if (failure) failure->request = request;
+  }
+  const std::chrono::duration<double, std::milli> duration = std::chrono::steady_clock::now() - began;
+
+  const std::string meaning = DescribeReply(request, reply);
+  if (arguments.output.json) {
+    ordered_json json = {
+        {"schema",      kJsonSchema                               },
+        {"time",        IsoTime(time)                             },
+        {"port",        line.shown                                },
+        {"ok",          !failure.has_value()                      },
+        {"duration_ms", std::round(duration.count() * 1000) / 1000},
+        {"request",     Hex(request)                              }
+    };
+    if (failure) {
+      json["error"] = FailureToJson(*failure);
+    } else {
+      json["reply"] = Hex(reply);
+      json["text"] = Printable(reply);
+      json["meaning"] = meaning.empty() ? ordered_json() : ordered_json(meaning);
+    }
+    PrintJson(json);
+  } else if (failure) {
+    ShowFailure(line.shown, *failure);
+  } else {
+    if (!arguments.output.quiet) std::cerr << "sent " << Hex(request) << '\n';
+    Dump(reply);
+    if (!meaning.empty()) std::cout << meaning << '\n';
+    std::cout << std::flush;
+  }
+  return failure ? failure->exit : ExitCode::kGood;
+}
+
+}  // namespace
+
+Verb AddRaw(CLI::App& app) {
+  constexpr int kMostRead = 65536;
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& command = *app.add_subcommand("raw", "Send bytes and show what comes back");
+  command.footer(kExamples);
+  command.add_option("BYTES", arguments->bytes, "Bytes to send, in hexadecimal")->type_name("");
+  command.add_option("--text", arguments->text, "Text to send instead; \\r, \\n, \\\\ and \\xNN are understood");
+  command
+      .add_option(
+          "--append", arguments->append,
+          "Complete the bytes: crc16 appends the CRC of Modbus RTU, hex-ascii makes a YD/T 1363 frame of VER ADR "
+          "CID1 CID2 INFO, alarm makes a frame of the alarm board of command and payload")
+      ->type_name("crc16|hex-ascii|alarm");
+  AddLineOptions(command, arguments->line);
+  AddNumber(command, "--read", 1, kMostRead, "Bytes to read [until the line is silent for one byte's time-out]",
+            [arguments](int count) { arguments->read = count; });
+  AddDuration(command, "--wait", "For the first byte, without --read [1s]",
+              [arguments](std::chrono::milliseconds wait) { arguments->wait = wait; });
+  AddOutputOptions(command, arguments->output);
+  return {&command, [arguments] { return Run(*arguments); }};
+}
+
+}  // namespace fieldline::tool

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "tools/verbs/verb.h"
+
+namespace fieldline::tool {
+
+// Each adds a verb to the command; in a file of the verb's name.
+Verb AddAlarm(CLI::App& app);
+Verb AddDemo(CLI::App& app);
+Verb AddDisplay(CLI::App& app);
+Verb AddKinds(CLI::App& app);
+Verb AddPoll(CLI::App& app);
+Verb AddRaw(CLI::App& app);
+Verb AddRecord(CLI::App& app);
+Verb AddScan(CLI::App& app);
+Verb AddSim(CLI::App& app);
+Verb AddTestPort(CLI::App& app);
+Verb AddWatch(CLI::App& app);
+
+}  // namespace fieldline::tool

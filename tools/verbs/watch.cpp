@@ -1,0 +1,172 @@
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fieldline/platform/console.h"
+#include "polling/line_worker.h"
+#include "polling/site/site.h"
+#include "polling/statistics.h"
+#include "polling/text.h"
+#include "tools/options/duration_option.h"
+#include "tools/options/number_option.h"
+#include "tools/options/output_option.h"
+#include "tools/output/report.h"
+#include "tools/output/watch_table.h"
+#include "tools/verbs/verbs.h"
+
+namespace fieldline::tool {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr char kExamples[] =
+    "On a terminal the devices are a table; elsewhere, with --json and with a trace on standard error, every poll is\n"
+    "a JSON object on a line.\n\n"
+    "Examples:\n"
+    "  fieldline watch examples/site.json\n"
+    "  fieldline watch site.json --json --duration 3600s >night.jsonl\n"
+    "  fieldline watch site.json --count 1 --quiet | jq 'select(.ok | not)'";
+
+struct Arguments {
+  std::string file;
+  int count = 0;
+  std::optional<std::chrono::milliseconds> duration;
+  OutputArguments output;
+};
+
+// All that is known of a site's devices. Told by the threads of its lines.
+class Watched {
+ public:
+  // `site` must outlive this.
+  Watched(const Site& site, bool json) : json_(json) {
+    for (const SiteLine& line : site.lines) {
+      for (const SiteDevice& device : line.devices) devices_.push_back({line, device, DeviceView(line, device), {}});
+    }
+  }
+
+  void Add(const SiteDevice& polled, const PollResult& result) {
+    const std::lock_guard lock(mutex_);
+    Device& device = *std::ranges::find(devices_, &polled, [](const Device& d) { return &d.device; });
+    device.statistics.Add(result);
+    all_.Add(result);
+    device.view.Add(result, DeviceView::Clock::now());
+    if (json_) PrintPoll(device, result);
+  }
+
+  // In place of what stands on the screen.
+  void Draw() {
+    const auto now = DeviceView::Clock::now();
+    std::stringstream table;
+    {
+      const std::lock_guard lock(mutex_);
+      std::vector<TableRow> rows = {DeviceView::Headings()};
+      for (const Device& device : devices_) rows.push_back(device.view.Row(now));
+      PrintTable(table, rows);
+    }
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(table, line);) lines.push_back(line);
+    constexpr char kHome[] = "\033[H";
+    constexpr char kClearLine[] = "\033[K";
+    constexpr char kClearBelow[] = "\033[J";
+    const TerminalSize size = SizeOfTerminal(Stream::kOutput);
+    std::string screen = kHome;
+    for (const std::string& line : OnePage(lines, size.rows, std::chrono::floor<std::chrono::seconds>(now - began_))) {
+      screen += Clipped(line, size.columns) + kClearLine + '\n';
+    }
+    std::cout << screen << kClearBelow << std::flush;
+  }
+
+  void PrintStatistics(std::ostream& out) const {
+    for (const Device& device : devices_) {
+      out << device.device.name << ": ";
+      device.statistics.Print(out);
+    }
+  }
+
+  ExitCode Result() const { return all_.Result(); }
+
+ private:
+  struct Device {
+    const SiteLine& line;
+    const SiteDevice& device;
+    DeviceView view;
+    Statistics statistics;
+  };
+
+  static void PrintPoll(const Device& device, const PollResult& result) {
+    ordered_json json =
+        PollHead(*device.device.kind, device.device.address, device.line.name, device.device.name, result);
+    AddOutcome(json, result, device.device.fields);
+    PrintJson(json);
+  }
+
+  const bool json_;
+  const DeviceView::Clock::time_point began_ = DeviceView::Clock::now();
+  std::mutex mutex_;
+  std::deque<Device> devices_;
+  Statistics all_;
+};
+
+ExitCode Run(const Arguments& arguments) {
+  const Site site = ReadSite(arguments.file);
+  const bool table = !arguments.output.json && arguments.output.trace != "-" && IsTerminal(Stream::kOutput);
+  TraceOutput trace(arguments.output.trace);
+  Watched watched(site, !table);
+  WatchLimits limits{.polls = arguments.count};
+  if (arguments.duration) limits.end = Schedule::Clock::now() + *arguments.duration;
+
+  CatchInterrupts();
+  std::deque<LineWorker> workers;
+  for (const SiteLine& line : site.lines) {
+    workers.emplace_back(line, limits, trace, [&watched](const SiteDevice& device, const PollResult& result) {
+      watched.Add(device, result);
+    });
+  }
+  std::atomic<std::size_t> running = workers.size();
+  std::vector<std::jthread> threads;
+  threads.reserve(workers.size());
+  for (LineWorker& worker : workers) {
+    threads.emplace_back([&] {
+      worker.Run();
+      --running;
+    });
+  }
+  if (table) {
+    constexpr int kRedraw = 500;  // ms
+    std::cout << "\033[2J";
+    do {
+      watched.Draw();
+    } while (running > 0 && SleepUnlessInterrupted(kRedraw));
+  }
+  threads.clear();
+  if (table) watched.Draw();
+  if (!arguments.output.quiet) watched.PrintStatistics(std::cerr);
+  return watched.Result();
+}
+
+}  // namespace
+
+Verb AddWatch(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& command = *app.add_subcommand("watch", "Poll all devices of a site until Ctrl-C");
+  command.footer(kExamples);
+  command.add_option("FILE", arguments->file, "Site file, see docs/commissioning.md")->type_name("")->required();
+  AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make of each device; 0: until Ctrl-C [0]",
+            [arguments](int count) { arguments->count = count; });
+  AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",
+              [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; });
+  AddOutputOptions(command, arguments->output);
+  return {&command, [arguments] { return Run(*arguments); }};
+}
+
+}  // namespace fieldline::tool
