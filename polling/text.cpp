@@ -14,6 +14,22 @@ std::string Print(const char* format, Args... args) {
   return text;
 }
 
+// Bytes of the UTF-8 character at the front of `text`, which is not empty; 0 when it is a control character, or none.
+std::size_t PrintableLength(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  if (byte(0) < 0x80) return byte(0) >= 0x20 && byte(0) != 0x7F ? 1 : 0;
+  const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : byte(0) >= 0xC2 ? 2 : 0;
+  if (length == 0 || byte(0) > 0xF4 || text.size() < length) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return 0;
+  }
+  // Overlong forms, surrogates and what lies beyond Unicode begin with these; C2 80 to C2 9F are control characters.
+  const bool wrong = (byte(0) == 0xE0 && byte(1) < 0xA0) || (byte(0) == 0xED && byte(1) > 0x9F) ||
+                     (byte(0) == 0xF0 && byte(1) < 0x90) || (byte(0) == 0xF4 && byte(1) > 0x8F) ||
+                     (byte(0) == 0xC2 && byte(1) < 0xA0);
+  return wrong ? 0 : length;
+}
+
 }  // namespace
 
 std::string Hex(std::span<const BYTE> bytes, std::size_t most) {
@@ -43,6 +59,27 @@ std::optional<long> ParseInteger(std::string_view text) {
 }
 
 std::string Fixed(double number, int decimals) { return Print("%.*f", decimals, number); }
+
+std::string Escaped(std::string_view text) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string escaped;
+  while (!text.empty()) {
+    const std::size_t length = PrintableLength(text);
+    const char first = text.front();
+    if (first == '\\') {
+      escaped += "\\\\";
+    } else if (length > 0) {
+      escaped += text.substr(0, length);
+    } else if (first == '\r' || first == '\n' || first == '\t') {
+      escaped += first == '\r' ? "\\r" : first == '\n' ? "\\n" : "\\t";
+    } else {
+      const auto byte = static_cast<unsigned char>(first);
+      escaped += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    }
+    text.remove_prefix(std::max<std::size_t>(1, length));
+  }
+  return escaped;
+}
 
 std::string Join(std::span<const std::string> parts, std::string_view between) {
   std::string text;

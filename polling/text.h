@@ -22,6 +22,10 @@ std::optional<long> ParseInteger(std::string_view text);
 // "17.3" for 17.26 and one decimal.
 std::string Fixed(double number, int decimals);
 
+// `text` for a terminal, a log or a message, whoever wrote it: control characters and bytes that are no UTF-8 are shown
+// as \r, \n, \t or \xNN, and a backslash as two.
+std::string Escaped(std::string_view text);
+
 // "a, b, c"
 std::string Join(std::span<const std::string> parts, std::string_view between = ", ");
 

@@ -24,9 +24,7 @@ std::string Verdict(std::string_view checksum, bool good) {
 }
 
 std::string Quoted(ByteSpan text) {
-  std::string quoted = "\"";
-  for (const BYTE c : text) quoted += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '.';
-  return quoted + '"';
+  return '"' + Escaped({reinterpret_cast<const char*>(text.data()), text.size()}) + '"';
 }
 
 bool Equals(ByteSpan bytes, std::string_view text) {

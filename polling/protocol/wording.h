@@ -25,7 +25,7 @@ std::string Counted(std::size_t number, std::string_view what);
 // ", CRC good" or ", CRC BAD"
 std::string Verdict(std::string_view checksum, bool good);
 
-// In quotation marks, with a dot for what can't be printed.
+// In quotation marks, escaped.
 std::string Quoted(ByteSpan text);
 
 bool Equals(ByteSpan bytes, std::string_view text);

@@ -1,9 +1,9 @@
 #include "polling/site/line_config.h"
 
-#include <algorithm>
-
 #include "fieldline/platform/device_name.h"
+#include "fieldline/platform/device_path.h"
 #include "fieldline/serial/port_definition.h"
+#include "fieldline/serial/ser_base.h"
 #include "polling/text.h"
 #include "polling/usage_error.h"
 
@@ -12,6 +12,7 @@ namespace {
 
 constexpr char kPathDevice[] = "LINE1:";
 constexpr long kMostTimeout = 60'000;  // ms
+constexpr std::uint32_t kMostBaud = 10'000'000;
 constexpr std::string_view kSettingsForm = "write baud,parity,data bits,stop bits, such as 9600,n,8,1";
 
 std::vector<std::string> Split(std::string_view text, char at) {
@@ -37,23 +38,29 @@ std::string WithColon(std::string name) {
   return name;
 }
 
-// The port takes a default for what it can't read; a person is told.
+std::string ToText(const LineSettings& settings) {
+  constexpr char kParities[] = "noems";
+  constexpr const char* kStopBits[] = {"1", "1.5", "2"};
+  return std::to_string(settings.baud) + ',' + kParities[static_cast<int>(settings.parity)] + ',' +
+         std::to_string(settings.data_bits) + ',' + kStopBits[static_cast<int>(settings.stop_bits)];
+}
+
+// The library takes a default for what it can't read; a person is told. What it read is written back and compared.
 void CheckSettings(const std::string& settings) {
   const auto refuse = [&](const std::string& why) {
     throw UsageError("line settings \"" + settings + "\": " + why + "; " + std::string(kSettingsForm));
   };
-  const std::vector<std::string> fields = Split(settings, ',');
-  if (fields.size() != 4) refuse("four fields are needed, not " + std::to_string(fields.size()));
-  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
-  const std::optional<long> baud = ParseInteger(fields[0]);
-  if (!baud || *baud < 1 || *baud > 10'000'000 || !std::all_of(fields[0].begin(), fields[0].end(), is_digit)) {
-    refuse("the speed is a number of bit/s");
+  std::vector<std::string> given = Split(settings, ',');
+  LineSettings read;
+  if (given.size() != 4 || !ParseLineSettings(Widen("X:" + settings).c_str(), &read)) {
+    refuse("four fields are needed, not " + std::to_string(given.size()));
   }
-  if (fields[1].size() != 1 || std::string_view("nNoOeEmMsS").find(fields[1]) == std::string_view::npos) {
-    refuse("the parity is n, o, e, m or s");
-  }
-  if (fields[2].size() != 1 || fields[2] < "5" || fields[2] > "8") refuse("the data bits are 5, 6, 7 or 8");
-  if (fields[3] != "1" && fields[3] != "1.5" && fields[3] != "2") refuse("the stop bits are 1, 1.5 or 2");
+  if (given[1].size() == 1 && given[1][0] < 'a') given[1][0] = static_cast<char>(given[1][0] - 'A' + 'a');
+  const std::vector<std::string> understood = Split(ToText(read), ',');
+  if (given[0] != understood[0] || read.baud < 1 || read.baud > kMostBaud) refuse("the speed is a number of bit/s");
+  if (given[1] != understood[1]) refuse("the parity is n, o, e, m or s");
+  if (given[2] != understood[2] || read.data_bits < 5 || read.data_bits > 8) refuse("the data bits are 5, 6, 7 or 8");
+  if (given[3] != understood[3]) refuse("the stop bits are 1, 1.5 or 2");
 }
 
 struct PortText {
@@ -73,14 +80,6 @@ PortText SplitPort(const std::string& port) {
   return {port.substr(0, colon), settings};
 }
 
-// ESL and COM lines have numbers from 1 on.
-bool IsNumberedDevice(std::string_view name) {
-  if (!name.starts_with("ESL") && !name.starts_with("COM")) return false;
-  name.remove_prefix(3);
-  return !name.empty() && name.size() <= 4 && name.front() != '0' &&
-         name.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
 struct Mapping {
   std::string device;  // with its colon
   std::string path;
@@ -92,11 +91,6 @@ Mapping ParseMap(const std::string& map) {
     throw UsageError("--map \"" + map + "\": write DEVICE=PATH, such as COM1=/dev/ttyUSB0");
   }
   return {WithColon(map.substr(0, equals)), map.substr(equals + 1)};
-}
-
-bool IsMapped(const LineArguments& arguments, const std::string& device) {
-  return std::any_of(arguments.maps.begin(), arguments.maps.end(),
-                     [&](const std::string& map) { return ParseMap(map).device == device; });
 }
 
 ReadTimeout ParseTimeout(const std::string& text) {
@@ -135,7 +129,7 @@ LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_se
   if (port.device.find('/') != std::string::npos) {
     device = kPathDevice;
     MapDevice(Widen(device).c_str(), port.device.c_str());
-  } else if (!IsNumberedDevice(port.device) && !IsMapped(arguments, device)) {
+  } else if (DevicePath(Widen(device).c_str()).empty()) {
     throw UsageError("\"" + port.device + "\" is no device name: write COM1, ESL1, a path such as /dev/ttyUSB0, or a " +
                      "name of your own with --map " + (port.device.empty() ? "NAME" : port.device) + "=PATH");
   }
@@ -145,8 +139,7 @@ LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_se
   line.device = Widen(device);
   line.definition = Widen(device + port.settings);
   if (!arguments.timeout.empty()) line.timeout = ParseTimeout(arguments.timeout);
-  LineSettings settings;
-  if (line.definition.size() > 51 || !ParseLineSettings(line.definition.c_str(), &settings)) {
+  if (line.definition.size() >= CSerBase::kDefCapacity) {
     throw UsageError("\"" + line.shown +
                      "\" is too long for a port definition; give the device a short name with --map");
   }

@@ -65,20 +65,20 @@ struct AlarmBoard::Request {
 };
 
 std::string ToText(const AlarmMessage& message) {
-  using Kind = AlarmMessage::Kind;
-  switch (message.kind) {
-    case Kind::kSms:
+  using Type = AlarmMessage::Type;
+  switch (message.type) {
+    case Type::kSms:
       return "SMS \"" + message.first + "\" \"" + message.text + '"';
-    case Kind::kMms: {
+    case Type::kMms: {
       char digest[16];
       std::snprintf(digest, sizeof digest, "%08x", Crc32(message.data));
       return "MMS \"" + message.text + "\", " + std::to_string(message.data.size()) + " bytes, CRC-32 " + digest;
     }
-    case Kind::kCall:
+    case Type::kCall:
       return "call to " + message.first + ": \"" + message.text + '"';
-    case Kind::kSpeech:
+    case Type::kSpeech:
       return "speech: \"" + message.text + '"';
-    case Kind::kRelay:
+    case Type::kRelay:
       return "relay " + std::to_string(message.relay) + " set to " + std::to_string(message.relay_state);
   }
   return {};
@@ -174,7 +174,7 @@ bool AlarmBoard::Answer(const Request& request, Bytes* payload) {
       return true;
     case kSms: {
       const std::string first = TakeText(&rest);
-      Post({.kind = AlarmMessage::Kind::kSms, .first = first, .text = TakeText(&rest)});
+      Post({.type = AlarmMessage::Type::kSms, .first = first, .text = TakeText(&rest)});
       payload->push_back(Byte("sms_result"));
       return true;
     }
@@ -193,20 +193,20 @@ bool AlarmBoard::Answer(const Request& request, Bytes* payload) {
     case kMmsSend: {
       const BYTE status = MmsStatus(request.follows);
       if (status == 0) {
-        Post({.kind = AlarmMessage::Kind::kMms, .text = TakeText(&rest), .data = std::exchange(mms_data_, {})});
+        Post({.type = AlarmMessage::Type::kMms, .text = TakeText(&rest), .data = std::exchange(mms_data_, {})});
       }
       payload->push_back(status);
       return true;
     }
     case kDial:
-      Post({.kind = AlarmMessage::Kind::kCall, .first = TakeText(&rest), .text = speech_});
+      Post({.type = AlarmMessage::Type::kCall, .first = TakeText(&rest), .text = speech_});
       return true;
     case kSpeak:
-      Post({.kind = AlarmMessage::Kind::kSpeech, .text = speech_});
+      Post({.type = AlarmMessage::Type::kSpeech, .text = speech_});
       return true;
     case kRelay:
       if (rest.size() != 2) return false;
-      Post({.kind = AlarmMessage::Kind::kRelay, .relay = rest[0], .relay_state = rest[1]});
+      Post({.type = AlarmMessage::Type::kRelay, .relay = rest[0], .relay_state = rest[1]});
       return true;
     default:
       return false;

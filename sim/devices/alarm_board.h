@@ -13,9 +13,9 @@ namespace fieldline::sim {
 
 // What left the building through an alarm board.
 struct AlarmMessage {
-  enum class Kind { kSms, kMms, kCall, kSpeech, kRelay };
+  enum class Type { kSms, kMms, kCall, kSpeech, kRelay };
 
-  Kind kind;
+  Type type;
   std::string first{};   // SMS: first text; call: number
   std::string text{};    // SMS: second text; MMS: text; call and speech: what is spoken
   Bytes data{};          // MMS

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "polling/kind_name.h"
@@ -34,33 +35,59 @@ ordered_json ToJson(const Kind& kind) {
   return json;
 }
 
-ExitCode Run(bool json) {
-  if (json) {
-    for (const Kind& kind : kKinds) PrintJson(ToJson(kind));
-    return ExitCode::kGood;
-  }
+std::string SettingsText(const Kind& kind) { return kind.HasLine() ? UsualSettings(kind) : "-"; }
+std::string SizeText(const Kind& kind) { return kind.IsPolled() ? std::to_string(kind.record_size) : "-"; }
+
+void PrintForPeople() {
   std::vector<TableRow> rows = {
       {"KIND", "DEVICE", "CLASS", "PROTOCOL", "SETTINGS", "ADDRESS", "RECORD"}
   };
   for (const Kind& kind : kKinds) {
     rows.push_back({std::string(kind.name), std::string(kind.description), std::string(kind.driver),
-                    std::string(ProtocolName(kind.protocol)), kind.HasLine() ? UsualSettings(kind) : "-",
-                    kind.HasAddress() ? std::to_string(kind.address) : "-",
-                    kind.IsPolled() ? std::to_string(kind.record_size) : "-"});
+                    std::string(ProtocolName(kind.protocol)), SettingsText(kind),
+                    kind.HasAddress() ? std::to_string(kind.address) : "-", SizeText(kind)});
   }
   PrintTable(std::cout, rows);
   std::cout << "SETTINGS and ADDRESS are the usual ones, RECORD is in bytes.\n";
+}
+
+void PrintForReadme() {
+  const auto code = [](std::string_view text) { return '`' + std::string(text) + '`'; };
+  std::vector<TableRow> rows = {
+      {"kind", "number", "device", "class", "protocol", "usual line", "record"}
+  };
+  for (const Kind& kind : kKinds) {
+    rows.push_back({code(kind.name), std::to_string(kind.number), std::string(kind.description), code(kind.driver),
+                    std::string(ProtocolName(kind.protocol)), SettingsText(kind), SizeText(kind)});
+  }
+  PrintMarkdownTable(std::cout, rows);
+}
+
+struct Arguments {
+  bool json = false;
+  bool markdown = false;
+};
+
+ExitCode Run(const Arguments& arguments) {
+  if (arguments.markdown) {
+    PrintForReadme();
+  } else if (arguments.json) {
+    for (const Kind& kind : kKinds) PrintJson(ToJson(kind));
+  } else {
+    PrintForPeople();
+  }
   return ExitCode::kGood;
 }
 
 }  // namespace
 
 Verb AddKinds(CLI::App& app) {
-  const auto json = std::make_shared<bool>(false);
+  const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("kinds", "List the kinds of devices");
   command.footer(kExamples);
-  command.add_flag("--json", *json, "One JSON object a line");
-  return {&command, [json] { return Run(*json); }};
+  CLI::Option* const json = command.add_flag("--json", arguments->json, "One JSON object a line");
+  command.add_flag("--markdown", arguments->markdown, "The table of README.md")->excludes(json);
+  return {&command, [arguments] { return Run(*arguments); }};
 }
 
 }  // namespace fieldline::tool

@@ -24,7 +24,7 @@ constexpr int kFrameRequest = 5;
 // The unit needs this long to assemble its reply.
 constexpr std::uint32_t kFramePauseMs = 500;
 
-enum class Kind {
+enum class Form {
   kWord,         // two bytes, low byte first
   kWordOrNone,   // the same; FF FF stands for no value and gives 0
   kUnsigned,     // one byte
@@ -34,69 +34,69 @@ enum class Kind {
 };
 
 // The frame variant: where each of the values stands in the body.
-struct Field {
+struct BodyValue {
   int index;  // in DUAL_PROTO_DATA::values
   int body;
-  Kind kind;
+  Form form;
 };
 
-constexpr Field kFields[] = {
-  // index  body  kind
-    {0,  0,  Kind::kWord       },
-    {1,  2,  Kind::kWord       },
-    {2,  4,  Kind::kWord       },
-    {3,  6,  Kind::kWord       },
-    {4,  8,  Kind::kWord       },
-    {5,  10, Kind::kWordOrNone },
-    {6,  12, Kind::kWordOrNone },
-    {7,  14, Kind::kSigned     },
-    {8,  15, Kind::kSigned     },
-    {9,  22, Kind::kUnsigned   },
-    {10, 23, Kind::kUnsigned   },
-    {11, 30, Kind::kUnsigned   },
-    {12, 31, Kind::kUnsigned   },
-    {13, 45, Kind::kUnsigned   },
-    {14, 46, Kind::kUnsigned   },
-    {15, 52, Kind::kUnsignedTen},
-    {16, 53, Kind::kUnsignedTen},
-    {17, 54, Kind::kUnsignedTen},
-    {18, 55, Kind::kUnsignedTen},
-    {19, 56, Kind::kUnsignedTen},
-    {20, 57, Kind::kSignedTen  },
-    {21, 58, Kind::kUnsignedTen},
-    {22, 59, Kind::kUnsignedTen},
-    {23, 60, Kind::kUnsignedTen},
-    {24, 61, Kind::kUnsignedTen},
-    {25, 66, Kind::kUnsignedTen},
-    {26, 67, Kind::kUnsignedTen},
-    {27, 68, Kind::kUnsigned   },
-    {28, 69, Kind::kUnsignedTen},
-    {29, 80, Kind::kUnsignedTen},
-    {30, 81, Kind::kUnsignedTen},
-    {31, 82, Kind::kUnsignedTen},
-    {32, 83, Kind::kUnsignedTen},
+constexpr BodyValue kFields[] = {
+  // index  body  form
+    {0,  0,  Form::kWord       },
+    {1,  2,  Form::kWord       },
+    {2,  4,  Form::kWord       },
+    {3,  6,  Form::kWord       },
+    {4,  8,  Form::kWord       },
+    {5,  10, Form::kWordOrNone },
+    {6,  12, Form::kWordOrNone },
+    {7,  14, Form::kSigned     },
+    {8,  15, Form::kSigned     },
+    {9,  22, Form::kUnsigned   },
+    {10, 23, Form::kUnsigned   },
+    {11, 30, Form::kUnsigned   },
+    {12, 31, Form::kUnsigned   },
+    {13, 45, Form::kUnsigned   },
+    {14, 46, Form::kUnsigned   },
+    {15, 52, Form::kUnsignedTen},
+    {16, 53, Form::kUnsignedTen},
+    {17, 54, Form::kUnsignedTen},
+    {18, 55, Form::kUnsignedTen},
+    {19, 56, Form::kUnsignedTen},
+    {20, 57, Form::kSignedTen  },
+    {21, 58, Form::kUnsignedTen},
+    {22, 59, Form::kUnsignedTen},
+    {23, 60, Form::kUnsignedTen},
+    {24, 61, Form::kUnsignedTen},
+    {25, 66, Form::kUnsignedTen},
+    {26, 67, Form::kUnsignedTen},
+    {27, 68, Form::kUnsigned   },
+    {28, 69, Form::kUnsignedTen},
+    {29, 80, Form::kUnsignedTen},
+    {30, 81, Form::kUnsignedTen},
+    {31, 82, Form::kUnsignedTen},
+    {32, 83, Form::kUnsignedTen},
 };
 constexpr int kStateByte = 131;
 constexpr int kStateBit = 0x10;  // set when the state is 0
 
 static_assert(std::size(kFields) == std::size(DUAL_PROTO_DATA{}.values));
 static_assert(std::all_of(std::begin(kFields), std::end(kFields),
-                          [](const Field& field) { return field.body + 1 < kStateByte; }));
+                          [](const BodyValue& field) { return field.body + 1 < kStateByte; }));
 
-WORD DecodeField(const BYTE* p, Kind kind) {
+WORD DecodeField(const BYTE* p, Form form) {
   const auto byte_as_signed = static_cast<signed char>(*p);
-  switch (kind) {
-    case Kind::kWord:
+  switch (form) {
+    case Form::kWord:
       return GetWordLE(p);
-    case Kind::kWordOrNone:
+    case Form::kWordOrNone:
       return GetWordLE(p) == 0xFFFF ? WORD{0} : GetWordLE(p);
-    case Kind::kUnsigned:
+    case Form::kUnsigned:
       return *p;
-    case Kind::kSigned:
+    case Form::kSigned:
       return static_cast<WORD>(byte_as_signed);
-    case Kind::kUnsignedTen:
+    case Form::kUnsignedTen:
       return static_cast<WORD>(*p * 10);
-    case Kind::kSignedTen:
+    case Form::kSignedTen:
       return static_cast<WORD>(byte_as_signed * 10);
   }
   return 0;
@@ -184,7 +184,7 @@ int CSensorDualProto::PollFrame(ISerBase* port, int addr) {
   if (port->Read(frame + kHead, length) != length) return 0;
   if (length <= kStateByte) return 0;
 
-  for (const Field& field : kFields) m_data.values[field.index] = DecodeField(body + field.body, field.kind);
+  for (const BodyValue& field : kFields) m_data.values[field.index] = DecodeField(body + field.body, field.form);
   m_data.state = body[kStateByte] & kStateBit ? 0 : 1;
   return 1;
 }

@@ -23,13 +23,13 @@ constexpr int kIdentificationRead = 1;
 constexpr int kRatingsRead = 2;
 
 // A number of a reply, in the order in which they come, and where it goes.
-struct Field {
+struct Number {
   std::size_t position;
   int factor;
 };
 
 //  (208.4 140.0 208.4 034 59.9 2.05 35.0 00110000<CR>
-constexpr Field kStatusFields[] = {
+constexpr Number kStatusFields[] = {
     {offsetof(UPS_DATA, input_voltage),       10},
     {offsetof(UPS_DATA, input_fault_voltage), 10},
     {offsetof(UPS_DATA, output_voltage),      10},
@@ -41,7 +41,7 @@ constexpr Field kStatusFields[] = {
 constexpr int kStatusBits = 8;
 
 //  #230.0 004 12.00 50.0<CR>
-constexpr Field kRatingFields[] = {
+constexpr Number kRatingFields[] = {
     {offsetof(UPS_DATA, rated_voltage),         1},
     {offsetof(UPS_DATA, rated_current),         1},
     {offsetof(UPS_DATA, rated_battery_voltage), 1},
@@ -110,7 +110,7 @@ double ToNumber(std::string_view field) {
   return std::isfinite(number) ? number : 0;
 }
 
-void StoreNumber(BYTE* record, const Field& target, std::string_view field) {
+void StoreNumber(BYTE* record, const Number& target, std::string_view field) {
   const auto value = fieldline::Truncate<std::int32_t>(ToNumber(field) * target.factor);
   std::memcpy(record + target.position, &value, sizeof value);
 }
@@ -139,7 +139,7 @@ bool CSensorUps::ReadStatus(ISerBase* port) {
   if (!reply.accepted()) return false;
 
   std::string_view rest = reply.From(1);
-  for (const Field& target : kStatusFields) {
+  for (const Number& target : kStatusFields) {
     std::string_view field;
     if (!CutField(&rest, &field)) return false;
     StoreNumber(m_pData, target, field);
@@ -184,7 +184,7 @@ bool CSensorUps::ReadRatings(ISerBase* port) {
   if (!reply.accepted()) return false;
 
   std::string_view rest = reply.From(1);
-  for (const Field& target : kRatingFields) {
+  for (const Number& target : kRatingFields) {
     std::string_view field = rest;
     const bool is_last = &target == std::end(kRatingFields) - 1;
     if (!is_last && !CutField(&rest, &field)) return false;

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "fieldline/platform/device_path.h"
 #include "fieldline/platform/posix/device_path.h"
 #include "fieldline/platform/posix/utf8.h"
 
@@ -91,6 +92,11 @@ int MapDevice(const wchar_t* device, const char* path) {
   } catch (...) {
     return 0;
   }
+}
+
+std::string DevicePath(const wchar_t* device) {
+  PathBuffer path;
+  return FindDevicePath(device, path) ? path : "";
 }
 
 bool FindDevicePath(const wchar_t* device, PathBuffer& path) {

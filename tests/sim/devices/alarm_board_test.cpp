@@ -152,7 +152,7 @@ class Witness {
   explicit Witness(AlarmBoard& board) : board_(board) {
     board.SetListener([this](const AlarmMessage& message) {
       ++messages_;
-      const bool is_mms = message.kind == AlarmMessage::Kind::kMms;
+      const bool is_mms = message.type == AlarmMessage::Type::kMms;
       const std::string thread = is_mms ? std::to_string(message.data.at(0)) : message.first;
       EXPECT_TRUE(!is_mms || message.data == Bytes(300, message.data[0])) << ToText(message);
       EXPECT_TRUE(thread.empty() || message.text == "text " + thread) << ToText(message);
