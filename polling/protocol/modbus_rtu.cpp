@@ -41,7 +41,7 @@ bool IsRead(BYTE function) { return function >= kReadCoils && function <= kReadI
 
 // The length that a reply's byte count announces. Three bytes must have come.
 std::size_t AnnouncedLength(ByteSpan reply) {
-  return static_cast<std::size_t>(kModbusHeadLength + reply[2] + kModbusCrcLength);
+  return std::size_t{reply[2]} + kModbusHeadLength + kModbusCrcLength;
 }
 
 bool IsRequest(ByteSpan request) { return request.size() == kModbusRequestLength && IsRead(request[1]); }

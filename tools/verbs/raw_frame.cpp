@@ -73,7 +73,7 @@ Bytes ParseHexBytes(const std::vector<std::string>& words) {
   return bytes;
 }
 
-Bytes ParseEscapes(const std::string& text) {
+Bytes ParseEscapes(std::string_view text) {
   Bytes bytes;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '\\') {
@@ -87,11 +87,11 @@ Bytes ParseEscapes(const std::string& text) {
       bytes.push_back('\n');
     } else if (escape == '\\') {
       bytes.push_back('\\');
-    } else if (const int value = escape == 'x' ? HexByte(std::string_view(text).substr(i + 1)) : -1; value >= 0) {
+    } else if (const int value = escape == 'x' ? HexByte(text.substr(i + 1)) : -1; value >= 0) {
       bytes.push_back(static_cast<BYTE>(value));
       i += 2;
     } else {
-      throw UsageError("--text \"" + text + "\": behind a backslash write r, n, xNN with two digits, or another one");
+      throw UsageError("--text \"" + std::string(text) + "\": after a backslash write r, n, xNN with two digits, or another one");
     }
   }
   return bytes;

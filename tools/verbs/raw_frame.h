@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "polling/text.h"
@@ -11,7 +12,7 @@ namespace fieldline::tool {
 Bytes ParseHexBytes(const std::vector<std::string>& words);
 
 // Bytes from a text in which \r, \n, \\ and \xNN stand for what they do in C. Throws UsageError.
-Bytes ParseEscapes(const std::string& text);
+Bytes ParseEscapes(std::string_view text);
 
 // What `form` makes of the bytes:
 //
