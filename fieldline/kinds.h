@@ -28,6 +28,7 @@ struct Kind {
   int baud;         // bit/s, as such devices are usually set, with n,8,1; 0 where there is no line
   int address;      // the usual one; 0 where the protocol has no addresses
   int record_size;  // bytes; 0 for what is driven and not polled
+  int requests;     // of a whole poll, the first of a device
 
   constexpr bool IsPolled() const { return record_size != 0; }
   constexpr bool HasLine() const { return baud != 0; }
@@ -36,25 +37,25 @@ struct Kind {
 
 // clang-format off
 inline constexpr Kind kKinds[] = {
-    // name        number             what it is              class               protocol                bit/s address record
-    {"envir",      SERDAT_ENVIR,      "temperature/humidity", "CSensorEnvir",     Protocol::kModbusRtu,    2400, 1,   8},
-    {"elec",       SERDAT_ELEC,       "power meter",          "CSensorElec",      Protocol::kModbusRtu,    9600, 1,  96},
-    {"elec-y",     SERDAT_ELEC_Y,     "power meter, model 2", "CSensorElecY",     Protocol::kModbusRtu,    9600, 1,  96},
-    {"onoff",      SERDAT_ONOFF,      "switch-input module",  "CSensorOnoff",     Protocol::kModbusRtu,    9600, 1,  12},
-    {"leak",       SERDAT_LEAK,       "leak controller",      "CSensorLeak",      Protocol::kModbusRtu,    9600, 1,  16},
-    {"airc",       SERDAT_AIRC,       "air conditioner",      "CSensorAirc",      Protocol::kModbusRtu,    9600, 1,  32},
-    {"emerson",    SERDAT_EMERSON,    "Emerson unit",         "CSensorEmerson",   Protocol::kModbusRtu,    9600, 1, 293},
-    {"dual-proto", SERDAT_DUAL_PROTO, "dual-protocol unit",   "CSensorDualProto", Protocol::kDualProto,    9600, 4,  68},
-    {"ups",        SERDAT_UPS,        "UPS",                  "CSensorUps",       Protocol::kQ1,           2400, 0, 245},
-    {"battery",    SERDAT_BATTERY,    "battery monitor",      "CSensorBattery",   Protocol::kHexAscii,     9600, 1,  84},
-    {"cybermate",  SERDAT_CYBERMATE,  "fixed-point unit",     "CSensorCybermate", Protocol::kHexAscii,     9600, 1,  63},
-    {"power-unit", SERDAT_POWER_UNIT, "power unit",           "CSensorPowerUnit", Protocol::kHexAscii,     9600, 1, 220},
-    {"card",       SERDAT_CARD_K,     "card terminal",        "CSensorCardK",     Protocol::kHexAscii,     9600, 0,  32},
-    {"camera",     SERDAT_CAMERA,     "serial camera",        "CSensorCamera",    Protocol::kVc0706,     115200, 0,  52},
-    {"camera-3ge", SERDAT_CAMERA_3GE, "streaming camera",     "CSensorCamera3ge", Protocol::kUg3,        115200, 0,  52},
-    {"di",         SERDAT_DI,         "own digital inputs",   "CSensorDi",        Protocol::kInputs,          0, 0,   8},
-    {"alarm",      SERDAT_ALARM,      "alarm board",          "CHubAlarm",        Protocol::kAlarmBoard, 115200, 0,   0},
-    {"display",    SERDAT_MONITOR,    "serial display",       "CHubMonitor",      Protocol::kDgus,       115200, 0,   0},
+    // name        number             what it is              class               protocol                bit/s address record requests
+    {"envir",      SERDAT_ENVIR,      "temperature/humidity", "CSensorEnvir",     Protocol::kModbusRtu,    2400, 1,   8, 1},
+    {"elec",       SERDAT_ELEC,       "power meter",          "CSensorElec",      Protocol::kModbusRtu,    9600, 1,  96, 1},
+    {"elec-y",     SERDAT_ELEC_Y,     "power meter, model 2", "CSensorElecY",     Protocol::kModbusRtu,    9600, 1,  96, 2},
+    {"onoff",      SERDAT_ONOFF,      "switch-input module",  "CSensorOnoff",     Protocol::kModbusRtu,    9600, 1,  12, 1},
+    {"leak",       SERDAT_LEAK,       "leak controller",      "CSensorLeak",      Protocol::kModbusRtu,    9600, 1,  16, 3},
+    {"airc",       SERDAT_AIRC,       "air conditioner",      "CSensorAirc",      Protocol::kModbusRtu,    9600, 1,  32, 1},
+    {"emerson",    SERDAT_EMERSON,    "Emerson unit",         "CSensorEmerson",   Protocol::kModbusRtu,    9600, 1, 293, 5},
+    {"dual-proto", SERDAT_DUAL_PROTO, "dual-protocol unit",   "CSensorDualProto", Protocol::kDualProto,    9600, 4,  68, 4},
+    {"ups",        SERDAT_UPS,        "UPS",                  "CSensorUps",       Protocol::kQ1,           2400, 0, 245, 3},
+    {"battery",    SERDAT_BATTERY,    "battery monitor",      "CSensorBattery",   Protocol::kHexAscii,     9600, 1,  84, 1},
+    {"cybermate",  SERDAT_CYBERMATE,  "fixed-point unit",     "CSensorCybermate", Protocol::kHexAscii,     9600, 1,  63, 4},
+    {"power-unit", SERDAT_POWER_UNIT, "power unit",           "CSensorPowerUnit", Protocol::kHexAscii,     9600, 1, 220, 5},
+    {"card",       SERDAT_CARD_K,     "card terminal",        "CSensorCardK",     Protocol::kHexAscii,     9600, 0,  32, 1},
+    {"camera",     SERDAT_CAMERA,     "serial camera",        "CSensorCamera",    Protocol::kVc0706,     115200, 0,  52, 6},
+    {"camera-3ge", SERDAT_CAMERA_3GE, "streaming camera",     "CSensorCamera3ge", Protocol::kUg3,        115200, 0,  52, 1},
+    {"di",         SERDAT_DI,         "own digital inputs",   "CSensorDi",        Protocol::kInputs,          0, 0,   8, 0},
+    {"alarm",      SERDAT_ALARM,      "alarm board",          "CHubAlarm",        Protocol::kAlarmBoard, 115200, 0,   0, 0},
+    {"display",    SERDAT_MONITOR,    "serial display",       "CHubMonitor",      Protocol::kDgus,       115200, 0,   0, 0},
 };
 // clang-format on
 

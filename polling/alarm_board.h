@@ -17,14 +17,14 @@ class AlarmBoard {
   AlarmBoard& operator=(const AlarmBoard&) = delete;
 
   // For observers.
-  ISerBase& port() { return port_; }
+  ISerBase& port() { return polled_.port(); }
 
   // Opens the line if it is not open, and runs an operation, which returns 0 for success.
   PollResult Run(const std::function<int(IHubAlarm& board)>& operation);
 
  private:
   // After a failed write the controller opens its port without a definition; this one then opens the same line again.
-  class Port final : public CSerBase {
+  class Port : public CSerBase {
    public:
     explicit Port(std::wstring definition) : CSerBase(SER_COM), definition_(std::move(definition)) {}
     int Open(const wchar_t*) override { return CSerBase::Open(definition_.c_str()); }
@@ -34,9 +34,7 @@ class AlarmBoard {
   };
 
   const LineConfig line_;
-  Recorder recorder_;
-  Port port_;
-  OpenLine open_line_;
+  PolledPort<Port> polled_;
   CHubAlarm* const board_;
 };
 

@@ -3,14 +3,16 @@
 #include <chrono>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "fieldline/kinds.h"
 #include "polling/exit_code.h"
-#include "polling/recorder.h"
 #include "polling/site/line_config.h"
+#include "polling/text.h"
 
 namespace fieldline {
+
+class PolledLine;
+struct LineReport;
 
 // Why something failed, as far as it can be told from outside the library.
 struct Failure {
@@ -24,9 +26,11 @@ struct Failure {
 // After a failed Open of `port`: asks the system for the reason.
 Failure DiagnoseOpen(ISerBase& port, const LineConfig& line);
 
-// After a failed poll through `port`, which is null for a kind without a line. `exchanges` is all that passed, and
-// `ended` when the poll came back.
-Failure DiagnosePoll(const Kind& kind, int address, ISerBase* port, const std::vector<Exchange>& exchanges,
+// After a failed poll of a device on a line, which came back at `ended`.
+Failure DiagnosePoll(const Kind& kind, int address, PolledLine& line, const LineReport& report,
                      std::chrono::steady_clock::time_point ended);
+
+// After a failed poll of the unit's own inputs.
+Failure DiagnoseInputs();
 
 }  // namespace fieldline

@@ -5,9 +5,9 @@
 namespace fieldline {
 
 DisplayPanel::DisplayPanel(const LineConfig& line, TraceOutput* trace)
-    : line_(line), recorder_(trace), open_line_(port_, recorder_), display_(CHubMonitor::GetInstance()) {
+    : line_(line), polled_(trace, {}, SER_COM), display_(CHubMonitor::GetInstance()) {
   if (display_ == nullptr) throw std::bad_alloc();
-  CHubMonitor::InitHandler(&port_);
+  CHubMonitor::InitHandler(&polled_.port());
 }
 
 DisplayPanel::~DisplayPanel() {
@@ -16,10 +16,11 @@ DisplayPanel::~DisplayPanel() {
 }
 
 PollResult DisplayPanel::Run(const std::function<unsigned long(CHubMonitor& display)>& operation) {
-  if (port_.IsOpened() == 0) {
-    if (const std::optional<Failure> failure = open_line_.Open(line_)) return FailedToOpen(*failure);
+  if (polled_.port().IsOpened() == 0) {
+    if (const std::optional<Failure> failure = polled_.Open(line_)) return FailedToOpen(*failure);
   }
-  return PollOnce(KindOf(SERDAT_MONITOR), &port_, 0, recorder_, [&] { return static_cast<int>(operation(*display_)); });
+  return PollOnce(KindOf(SERDAT_MONITOR), 0, &polled_, OptionsOf(line_),
+                  [&] { return static_cast<int>(operation(*display_)); });
 }
 
 }  // namespace fieldline

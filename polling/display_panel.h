@@ -22,9 +22,7 @@ class DisplayPanel {
 
  private:
   const LineConfig line_;
-  Recorder recorder_;
-  CSerBase port_{SER_COM};
-  OpenLine open_line_;
+  PolledPort<CSerBase> polled_;
   CHubMonitor* const display_;
 };
 

@@ -26,17 +26,16 @@ LineWorker::LineWorker(const SiteLine& line, const WatchLimits& limits, TraceOut
     : line_(line),
       limits_(limits),
       report_(std::move(report)),
-      recorder_(&trace, line.name),
+      polled_(&trace, line.name, SER_COM),
       schedule_(Intervals(line), Clock::now()) {
   for (const SiteDevice& device : line.devices) devices_.push_back({RequireDriver(*device.kind)});
 }
 
 void LineWorker::Run() {
-  OpenLine open_line(port_, recorder_);
   auto pause = kFirstPause;
   for (auto turn = schedule_.Next(Clock::now()); turn && !Stopped(); turn = schedule_.Next(Clock::now())) {
-    if (!line_.local && port_.IsOpened() == 0) {
-      if (!OpenPort(open_line)) {
+    if (!line_.local && polled_.port().IsOpened() == 0) {
+      if (!OpenPort()) {
         Sleep(pause);
         pause = std::min(2 * pause, kLongestPause);
         continue;
@@ -45,7 +44,7 @@ void LineWorker::Run() {
       schedule_.Restart(Clock::now());
     } else if (const auto now = Clock::now(); turn->due > now) {
       Sleep(std::min<Clock::duration>(turn->due - now, kLookInterval));
-      if (LineIsGone()) port_.Close();
+      if (LineIsGone()) polled_.port().Close();
     } else {
       Poll(turn->device);
     }
@@ -60,25 +59,26 @@ void LineWorker::Sleep(Clock::duration time) const {
     SleepUnlessInterrupted(static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(allowed).count()));
 }
 
-bool LineWorker::OpenPort(OpenLine& open_line) {
-  const std::optional<Failure> failure = open_line.Open(line_.port);
+bool LineWorker::OpenPort() {
+  const std::optional<Failure> failure = polled_.Open(line_.port);
   if (!failure) return true;
-  port_.Close();  // it may have opened, and refused its settings
+  polled_.port().Close();  // it may have opened, and refused its settings
   for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, FailedToOpen(*failure));
   return false;
 }
 
 // Nothing is under way while the line rests, so there is nothing to lose.
-bool LineWorker::LineIsGone() { return !line_.local && port_.Purge() == 0; }
+bool LineWorker::LineIsGone() { return !line_.local && polled_.port().Purge() == 0; }
 
 void LineWorker::Poll(std::size_t index) {
   const SiteDevice& device = line_.devices[index];
-  ISerBase* const port = line_.local ? nullptr : &port_;
-  const PollResult result = PollOnce(*device.kind, *devices_[index].driver, port, device.address, recorder_);
+  PolledLine* const line = line_.local ? nullptr : &polled_;
+  const PollResult result =
+      ::fieldline::Poll(*device.kind, device.address, *devices_[index].driver, line, device.options);
   const auto ended = Clock::now();
   if (result.failure && result.failure->code == "line_gone") {
-    port_.Close();  // an adapter that comes back while it is held open gets another name
-  } else if (result.failure && result.failure->reply.empty()) {
+    polled_.port().Close();  // an adapter that comes back while it is held open gets another name
+  } else if (result.failure && result.failure->exit == ExitCode::kNoAnswer) {
     schedule_.Silent(index, ended, std::chrono::ceil<Clock::duration>(result.duration));
   } else {
     schedule_.Answered(index, ended);

@@ -35,7 +35,7 @@ class LineWorker {
 
   bool Stopped() const;
   void Sleep(Clock::duration time) const;
-  bool OpenPort(OpenLine& open_line);
+  bool OpenPort();
   bool LineIsGone();
   void Poll(std::size_t index);
   void Tell(std::size_t index, const PollResult& result);
@@ -43,8 +43,7 @@ class LineWorker {
   const SiteLine& line_;
   const WatchLimits limits_;
   const Report report_;
-  CSerBase port_{SER_COM};
-  Recorder recorder_;
+  PolledPort<CSerBase> polled_;
   Schedule schedule_;
   struct Polled {
     std::unique_ptr<CSensorBase> driver;

@@ -4,53 +4,91 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "fieldline/kinds.h"
+#include "fieldline/serial/ser_base.h"
 #include "polling/diagnosis.h"
+#include "polling/line_port.h"
 #include "polling/recorder.h"
 #include "polling/site/line_config.h"
 
 namespace fieldline {
 
-// A port of the library with a recorder on it; closed again when this goes.
-class OpenLine {
+// A line that is polled: a port of the library, the check of its replies, and a record of what passes.
+class PolledLine {
  public:
-  OpenLine(ISerBase& port, Recorder& recorder) : port_(port), recorder_(recorder) { port_.InsertObserver(&recorder_); }
-  ~OpenLine() {
-    port_.RemoveObserver(&recorder_);
-    port_.Close();
-  }
-  OpenLine(const OpenLine&) = delete;
-  OpenLine& operator=(const OpenLine&) = delete;
+  virtual ~PolledLine() = default;
+  PolledLine(const PolledLine&) = delete;
+  PolledLine& operator=(const PolledLine&) = delete;
+
+  ISerBase& port() { return port_; }
+  ReplyChecker& checker() { return checker_; }
+  Recorder& recorder() { return recorder_; }
 
   // Opens the line; what is wrong when it can't be opened.
   std::optional<Failure> Open(const LineConfig& line);
 
+  // The line as it was opened last, for people.
+  const LineConfig& config() const { return config_; }
+
+ protected:
+  PolledLine(ISerBase& port, ReplyChecker& checker, Recorder& recorder)
+      : port_(port), checker_(checker), recorder_(recorder) {}
+
  private:
   ISerBase& port_;
+  ReplyChecker& checker_;
   Recorder& recorder_;
+  LineConfig config_;
+};
+
+// With the port that it is made of; closed again when this goes.
+template <class Base>
+class PolledPort final : public PolledLine {
+ public:
+  // See Recorder for `trace` and `name`; `arguments` are those of the port.
+  template <typename... Arguments>
+  explicit PolledPort(TraceOutput* trace, std::string name, Arguments&&... arguments)
+      : PolledLine(own_port_, own_port_.checker(), own_recorder_),
+        own_recorder_(trace, std::move(name)),
+        own_port_(own_recorder_, std::forward<Arguments>(arguments)...) {}
+  ~PolledPort() override { own_port_.Close(); }
+
+  Base& own_port() { return own_port_; }
+
+ private:
+  Recorder own_recorder_;
+  LinePort<Base> own_port_;
 };
 
 // A new driver of a kind that is polled.
 std::unique_ptr<CSensorBase> RequireDriver(const Kind& kind);
+
+// Something that a person should see to, though the reading is good.
+struct Warning {
+  std::string_view code;  // for programs, such as "stray_bytes"
+  std::string message;    // for people
+};
 
 struct PollResult {
   Time time;  // when it began
   std::chrono::duration<double, std::milli> duration{};
   std::vector<Exchange> exchanges;
   std::optional<Failure> failure;
-  Bytes record;  // what the driver decoded; empty after a failure
+  std::optional<Warning> warning;  // of a good reading
+  Bytes record;                    // what the driver decoded; empty after a failure
 };
 
 // In place of a poll on a line that could not be opened.
 PollResult FailedToOpen(const Failure& failure);
 
-// One poll, made by `get_data`, which returns 1 or 0 as drivers do. `port` is null for a kind without a line.
-PollResult PollOnce(const Kind& kind, ISerBase* port, int address, Recorder& recorder,
+// One poll, made by `get_data`, which returns 1 or 0 as drivers do. `line` is null for a kind without one.
+PollResult PollOnce(const Kind& kind, int address, PolledLine* line, const PollOptions& options,
                     const std::function<int()>& get_data);
 
-// The same with a driver.
-PollResult PollOnce(const Kind& kind, CSensorBase& driver, ISerBase* port, int address, Recorder& recorder);
+// The same with a driver, and again while nothing answers, as often as the options say.
+PollResult Poll(const Kind& kind, int address, CSensorBase& driver, PolledLine* line, const PollOptions& options);
 
 }  // namespace fieldline

@@ -4,28 +4,25 @@
 
 namespace fieldline {
 
-std::vector<Exchange> Recorder::Exchanges() const {
-  std::vector<Exchange> exchanges;
-  for (const Block& block : blocks_) {
-    if (block.sent || exchanges.empty()) exchanges.emplace_back();
-    Exchange& exchange = exchanges.back();
-    Bytes& bytes = block.sent ? exchange.request : exchange.reply;
-    bytes.insert(bytes.end(), block.bytes.begin(), block.bytes.end());
-    if (block.sent) exchange.sent_at = block.at;
-  }
-  return exchanges;
+void Recorder::OnSerRead(const BYTE* data, int count) {
+  if (exchanges_.empty()) exchanges_.emplace_back();
+  Exchange& exchange = exchanges_.back();
+  exchange.reply.insert(exchange.reply.end(), data, data + count);
+  if (!IsShown()) return;
+  Show("<- ", {data, static_cast<std::size_t>(count)}, DescribeReply(exchange.request, exchange.reply));
 }
 
-void Recorder::Add(bool sent, const BYTE* data, int count) {
-  blocks_.push_back({sent, Bytes(data, data + count), std::chrono::steady_clock::now()});
-  if (trace_ != nullptr && trace_->IsWanted()) Show(blocks_.back());
+void Recorder::OnSerWrite(const BYTE* data, int count) {
+  exchanges_.push_back({Bytes(data, data + count), {}, std::chrono::steady_clock::now()});
+  if (IsShown()) Show("-> ", exchanges_.back().request, DescribeRequest(exchanges_.back().request));
 }
 
-void Recorder::Show(const Block& block) {
-  const Exchange exchange = Exchanges().back();
-  const std::string mark = (line_.empty() ? "" : line_ + ' ') + (block.sent ? "-> " : "<- ");
-  trace_->Show(mark, block.bytes,
-               block.sent ? DescribeRequest(exchange.request) : DescribeReply(exchange.request, exchange.reply));
+void Recorder::Dropped(std::span<const BYTE> bytes, std::string_view what) {
+  if (IsShown()) Show("<- (" + std::string(what) + ") ", bytes, {});
+}
+
+void Recorder::Show(std::string_view mark, std::span<const BYTE> bytes, const std::string& meaning) {
+  trace_->Show((line_.empty() ? "" : line_ + ' ') + std::string(mark), bytes, meaning);
 }
 
 }  // namespace fieldline

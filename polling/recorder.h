@@ -3,6 +3,7 @@
 #include <chrono>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,14 +13,7 @@
 
 namespace fieldline {
 
-// A block of bytes as it passed through the port.
-struct Block {
-  bool sent;
-  Bytes bytes;
-  std::chrono::steady_clock::time_point at;
-};
-
-// One request and what came until the next one.
+// One request and the reply to it.
 struct Exchange {
   Bytes request;
   Bytes reply;
@@ -33,20 +27,23 @@ class Recorder : public ISerObserver {
   // share one, `line` tells theirs apart.
   explicit Recorder(TraceOutput* trace, std::string line = {}) : trace_(trace), line_(std::move(line)) {}
 
-  void OnSerRead(const BYTE* data, int count) override { Add(false, data, count); }
-  void OnSerWrite(const BYTE* data, int count) override { Add(true, data, count); }
+  void OnSerRead(const BYTE* data, int count) override;
+  void OnSerWrite(const BYTE* data, int count) override;
 
-  void Clear() { blocks_.clear(); }
+  // Bytes that came and belong to no reply: shown, not kept. `what` they are, such as "stray".
+  void Dropped(std::span<const BYTE> bytes, std::string_view what);
 
-  std::vector<Exchange> Exchanges() const;
+  void Clear() { exchanges_.clear(); }
+
+  const std::vector<Exchange>& Exchanges() const { return exchanges_; }
 
  private:
-  void Add(bool sent, const BYTE* data, int count);
-  void Show(const Block& block);
+  void Show(std::string_view mark, std::span<const BYTE> bytes, const std::string& meaning);
+  bool IsShown() const { return trace_ != nullptr && trace_->IsWanted(); }
 
   TraceOutput* const trace_;
   const std::string line_;
-  std::vector<Block> blocks_;
+  std::vector<Exchange> exchanges_;
 };
 
 }  // namespace fieldline

@@ -8,4 +8,8 @@ namespace fieldline {
 // that tell a person of it; not part of the library.
 std::string DevicePath(const wchar_t* device);
 
+// The number of another process that has the path open, 0 when there is none or the system does not tell. Not part of
+// the library.
+int ProcessThatHolds(const char* path);
+
 }  // namespace fieldline

@@ -79,6 +79,10 @@ class SerialDevice {
   // it takes what is there and returns. A signal that interrupts the wait is invisible. 0 when closed or `count` < 1.
   int Read(BYTE* data, int count);
 
+  // Waits at most `wait_ms` for a byte and returns those that are there, up to `capacity`; 0 when none came, -1 when the
+  // line is closed or gone. A signal that interrupts the wait is invisible.
+  int ReadSome(BYTE* data, int capacity, int wait_ms);
+
   // Sends `count` bytes and returns when they have left for the wire, at most write_per_byte x count + write_constant
   // ms later. Returns `count`; fewer when the bound ran out (the rest is discarded and never sent); -1 when the line
   // is closed or gone. 0 for `count` < 1.

@@ -55,10 +55,11 @@ class FIELDLINE_API CSerBase : public ISerBase {
   fieldline::SerialDevice m_hCom;
   std::vector<ISerObserver*> m_arrObserver;  // in order of registration, not owned
 
+ protected:
+  void TellObservers(void (ISerObserver::*event)(const BYTE*, int), const BYTE* data, int count);
+
  private:
   class Telling;
-
-  void TellObservers(void (ISerObserver::*event)(const BYTE*, int), const BYTE* data, int count);
 
   Telling* m_pTelling = nullptr;
 };

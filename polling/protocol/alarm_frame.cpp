@@ -106,6 +106,10 @@ const WireProtocol kAlarmFrame = {
     .describe_request = Describe,
     .describe_reply = DescribeAlarmReply,
     .find_fault = FindFault,
+    .find_frame = nullptr,
+    .mismatch = NoMismatch,
+    .is_sound = AlwaysSound,
+    .step_name = Describe,
     .reply_address = NoAddress,
     .standard_length = NoStandardLength,
 };

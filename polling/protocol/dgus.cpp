@@ -35,6 +35,10 @@ const WireProtocol kDgus = {
     .describe_request = DescribeDgusRequest,
     .describe_reply = DescribeDgusReply,
     .find_fault = FindFault,
+    .find_frame = nullptr,
+    .mismatch = NoMismatch,
+    .is_sound = AlwaysSound,
+    .step_name = DescribeDgusRequest,
     .reply_address = NoAddress,
     .standard_length = NoStandardLength,
 };

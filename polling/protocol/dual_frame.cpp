@@ -37,6 +37,10 @@ const WireProtocol kDualFrame = {
     .describe_request = DescribeDualRequest,
     .describe_reply = DescribeDualReply,
     .find_fault = FindFault,
+    .find_frame = nullptr,
+    .mismatch = NoMismatch,
+    .is_sound = AlwaysSound,
+    .step_name = DescribeDualRequest,
     .reply_address = NoAddress,
     .standard_length = NoStandardLength,
 };

@@ -83,6 +83,50 @@ ReplyFault FindFault(ByteSpan request, ByteSpan reply) {
   return WrongLength(reply.size());
 }
 
+bool HasChecksum(ByteSpan frame) {
+  return frame.size() >= kShortest && GetHexWord(ChecksumIn(frame).data()) == ChecksumOf(frame);
+}
+
+// The length of the frame that begins here, 0 when none does. 13 characters must be there.
+std::size_t LengthOfFrameAt(ByteSpan bytes) {
+  const WORD length = GetHexWord(&bytes[kLengthPosition]);
+  const WORD lenid = length & 0xFFF;
+  return GetLengthWord(lenid) == length ? static_cast<std::size_t>(FrameLength(lenid)) : 0;
+}
+
+std::optional<FoundFrame> FindFrame(ByteSpan request, ByteSpan received, bool no_more) {
+  for (std::size_t begin = 0; begin < received.size(); ++begin) {
+    if (received[begin] != request[0]) continue;
+    const ByteSpan rest = received.subspan(begin);
+    const bool has_head = rest.size() >= kInfoPosition;
+    const std::size_t length = has_head ? LengthOfFrameAt(rest) : kShortest;
+    if (length == 0) continue;
+    if (rest.size() >= length) {
+      const ByteSpan frame = rest.first(length);
+      if (frame.back() == kEoi && HasChecksum(frame)) return FoundFrame{begin, length};
+    } else if (!no_more) {
+      return std::nullopt;
+    }
+  }
+  return std::nullopt;
+}
+
+// The card terminal has a line to itself, and its address means nothing.
+std::string Mismatch(ByteSpan request, ByteSpan reply, bool any_address) {
+  if (request[0] != kSoi || reply.size() < kRtnPosition) return {};
+  const BYTE asked = ByteAt(request, kAdrPosition);
+  const BYTE answered = ByteAt(reply, kAdrPosition);
+  if (!any_address && answered != asked) return OtherDevice(answered, asked);
+  const BYTE type = ByteAt(reply, kCid1Position);
+  if (type == ByteAt(request, kCid1Position)) return {};
+  return "device " + std::to_string(answered) + " answered as a device of type " + HexOf(type) + ", not " +
+         HexOf(ByteAt(request, kCid1Position));
+}
+
+std::string StepName(ByteSpan request) {
+  return request.size() < kLengthPosition ? "request" : std::string(NameOf(kCommands, ByteAt(request, kRtnPosition)));
+}
+
 std::optional<int> ReplyAddress(ByteSpan reply) {
   return reply.size() < kCid1Position ? std::nullopt : std::optional<int>(ByteAt(reply, kAdrPosition));
 }
@@ -94,6 +138,10 @@ const WireProtocol kHexAscii = {
     .describe_request = DescribeHexAsciiRequest,
     .describe_reply = DescribeHexAsciiReply,
     .find_fault = FindFault,
+    .find_frame = FindFrame,
+    .mismatch = Mismatch,
+    .is_sound = HasChecksum,
+    .step_name = StepName,
     .reply_address = ReplyAddress,
     .standard_length = NoStandardLength,
 };

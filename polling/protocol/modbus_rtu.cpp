@@ -40,9 +40,7 @@ constexpr CodeName kExceptions[] = {
 bool IsRead(BYTE function) { return function >= kReadCoils && function <= kReadInputRegisters; }
 
 // The length that a reply's byte count announces. Three bytes must have come.
-std::size_t AnnouncedLength(ByteSpan reply) {
-  return std::size_t{reply[2]} + kModbusHeadLength + kModbusCrcLength;
-}
+std::size_t AnnouncedLength(ByteSpan reply) { return std::size_t{reply[2]} + kModbusHeadLength + kModbusCrcLength; }
 
 bool IsRequest(ByteSpan request) { return request.size() == kModbusRequestLength && IsRead(request[1]); }
 
@@ -120,6 +118,48 @@ ReplyFault FindFault(ByteSpan request, ByteSpan reply) {
   return WrongChecksum(Hex(reply.last(kModbusCrcLength)), CrcThatBelongs(reply));
 }
 
+// The length of the reply that begins here, 0 when none does. Three bytes must be there.
+std::size_t LengthOfReplyAt(ByteSpan bytes) {
+  if (!IsRead(static_cast<BYTE>(bytes[1] & ~kException))) return 0;
+  return (bytes[1] & kException) != 0 ? kExceptionLength : AnnouncedLength(bytes);
+}
+
+std::optional<FoundFrame> FindFrame(ByteSpan request, ByteSpan received, bool no_more) {
+  for (std::size_t begin = 0; begin + kModbusHeadLength <= received.size(); ++begin) {
+    const ByteSpan rest = received.subspan(begin);
+    const std::size_t length = LengthOfReplyAt(rest);
+    if (length == 0) continue;
+    if (rest.size() >= length) {
+      if (HasModbusCrc(rest.first(length)).value_or(false)) return FoundFrame{begin, length};
+    } else if (!no_more && (begin == 0 || rest[0] == request[0])) {
+      return std::nullopt;
+    }
+  }
+  return std::nullopt;
+}
+
+std::string Mismatch(ByteSpan request, ByteSpan reply, bool any_address) {
+  if (request.size() < 2 || reply.size() < 2) return {};
+  if (!any_address && reply[0] != request[0]) return OtherDevice(reply[0], request[0]);
+  const auto function = static_cast<BYTE>(reply[1] & ~kException);
+  if (function == request[1]) return {};
+  return "device " + std::to_string(reply[0]) + " answered " + Function(function) + ", not " + Function(request[1]);
+}
+
+// Right after the data that its byte count announces, or at its end.
+bool IsSound(ByteSpan reply) {
+  if (HasModbusCrc(reply).value_or(false)) return true;
+  if (reply.size() < kModbusHeadLength) return false;
+  const std::size_t length = LengthOfReplyAt(reply);
+  return length != 0 && reply.size() >= length && HasModbusCrc(reply.first(length)).value_or(false);
+}
+
+std::string StepName(ByteSpan request) {
+  if (!IsRequest(request)) return "request";
+  return std::string(NameOf(kFunctions, request[1])).substr(std::string_view("read ").size()) + " from " +
+         std::to_string(GetWordBE(&request[2]));
+}
+
 std::optional<int> ReplyAddress(ByteSpan reply) { return reply.empty() ? std::nullopt : std::optional<int>(reply[0]); }
 
 }  // namespace
@@ -137,6 +177,10 @@ const WireProtocol kModbusRtu = {
     .describe_request = DescribeModbusRequest,
     .describe_reply = DescribeModbusReply,
     .find_fault = FindFault,
+    .find_frame = FindFrame,
+    .mismatch = Mismatch,
+    .is_sound = IsSound,
+    .step_name = StepName,
     .reply_address = ReplyAddress,
     .standard_length = StandardLength,
 };

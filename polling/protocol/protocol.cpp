@@ -59,7 +59,13 @@ std::string DescribeReply(ByteSpan request, ByteSpan reply) {
 }
 
 ReplyFault FindReplyFault(const WireProtocol& protocol, ByteSpan request, ByteSpan reply) {
-  if (reply.size() >= request.size() && std::equal(request.begin(), request.end(), reply.begin())) {
+  const bool is_echo = reply.size() >= request.size() && std::equal(request.begin(), request.end(), reply.begin());
+  // A UPS returns a command that it does not know; it has answered "Q1" by then.
+  const bool unknown_to_ups = &protocol == &kQ1 && request.size() < kQ1StatusLength;
+  if (is_echo && unknown_to_ups) {
+    return {"device_refused", "the UPS does not know the command: it returns it"};
+  }
+  if (is_echo) {
     return {"echo",
             "the request came back as the reply: the adapter echoes what it sends, or receive is wired to transmit"};
   }

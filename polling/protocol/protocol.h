@@ -17,6 +17,12 @@ struct ReplyFault {
   std::string message;    // for people
 };
 
+// A frame among received bytes.
+struct FoundFrame {
+  std::size_t begin;
+  std::size_t length;
+};
+
 // What can be told of a wire protocol from its bytes. Each protocol has one, in a pair of files of its own.
 struct WireProtocol {
   // Whether bytes that were sent are a request of this protocol.
@@ -28,6 +34,21 @@ struct WireProtocol {
 
   // Why a driver refused the reply. Request and reply have at least one byte each.
   ReplyFault (*find_fault)(ByteSpan request, ByteSpan reply);
+
+  // The first whole frame with a right checksum, whoever sent it. Nothing while there is none: a frame that has begun
+  // at the front may still be coming, unless `no_more` says that the line pauses. Null for a protocol whose replies
+  // can't be told from noise before a driver has judged them.
+  std::optional<FoundFrame> (*find_frame)(ByteSpan request, ByteSpan received, bool no_more);
+
+  // Why a frame is not the reply to the request, such as "device 1 answered a request to device 2"; empty when it is.
+  // With `any_address` the address is not compared.
+  std::string (*mismatch)(ByteSpan request, ByteSpan reply, bool any_address);
+
+  // Whether the checksum of a reply that a driver accepted is right. Some drivers don't look.
+  bool (*is_sound)(ByteSpan reply);
+
+  // What a request asks for, in a word or two: "status".
+  std::string (*step_name)(ByteSpan request);
 
   // The address that a reply carries. Nothing where the protocol has none, or before it has come.
   std::optional<int> (*reply_address)(ByteSpan reply);

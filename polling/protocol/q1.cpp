@@ -1,5 +1,7 @@
 #include "polling/protocol/q1.h"
 
+#include <algorithm>
+
 #include "polling/protocol/wording.h"
 
 namespace fieldline {
@@ -35,6 +37,24 @@ std::string DescribeQ1Reply(ByteSpan, ByteSpan reply) {
   return reply.back() == kEnd ? Quoted(reply.first(reply.size() - 1)) : std::string();
 }
 
+// From the mark that the command asks for to the carriage return. A line without the mark is a reply, too, for the
+// driver to judge.
+std::optional<FoundFrame> FindFrame(ByteSpan request, ByteSpan received, bool no_more) {
+  const BYTE mark = Equals(request, kCommands[0].line) ? '(' : '#';
+  const auto begin = std::ranges::find(received, mark);
+  const auto end = std::find(begin, received.end(), kEnd);
+  if (end != received.end()) {
+    return FoundFrame{static_cast<std::size_t>(begin - received.begin()), static_cast<std::size_t>(end - begin) + 1};
+  }
+  if (no_more && !received.empty() && received.back() == kEnd) return FoundFrame{0, received.size()};
+  return std::nullopt;
+}
+
+std::string StepName(ByteSpan request) {
+  const Command* const command = Find(request);
+  return command != nullptr ? std::string(command->name) : "request";
+}
+
 ReplyFault FindFault(ByteSpan, ByteSpan reply) {
   if (reply.back() != kEnd) {
     return {"short_reply", std::to_string(reply.size()) + " bytes came without the carriage return"};
@@ -49,6 +69,10 @@ const WireProtocol kQ1 = {
     .describe_request = DescribeQ1Request,
     .describe_reply = DescribeQ1Reply,
     .find_fault = FindFault,
+    .find_frame = FindFrame,
+    .mismatch = NoMismatch,
+    .is_sound = AlwaysSound,
+    .step_name = StepName,
     .reply_address = NoAddress,
     .standard_length = NoStandardLength,
 };

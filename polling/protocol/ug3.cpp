@@ -35,6 +35,10 @@ const WireProtocol kUg3 = {
     .describe_request = DescribeUg3Request,
     .describe_reply = DescribeUg3Reply,
     .find_fault = FindFault,
+    .find_frame = nullptr,
+    .mismatch = NoMismatch,
+    .is_sound = AlwaysSound,
+    .step_name = DescribeUg3Request,
     .reply_address = NoAddress,
     .standard_length = NoStandardLength,
 };

@@ -90,6 +90,10 @@ const WireProtocol kVc0706 = {
     .describe_request = DescribeVc0706Request,
     .describe_reply = DescribeVc0706Reply,
     .find_fault = FindFault,
+    .find_frame = nullptr,
+    .mismatch = NoMismatch,
+    .is_sound = AlwaysSound,
+    .step_name = DescribeVc0706Request,
     .reply_address = NoAddress,
     .standard_length = NoStandardLength,
 };

@@ -46,6 +46,14 @@ ReplyFault WrongChecksum(const std::string& came, const std::string& belongs) {
 
 ReplyFault Refused(ByteSpan reply) { return {"reply_refused", "the reply was refused: " + Hex(reply, 32)}; }
 
+std::string OtherDevice(int answered, int asked) {
+  return "device " + std::to_string(answered) + " answered a request to device " + std::to_string(asked);
+}
+
+std::string NoMismatch(ByteSpan, ByteSpan, bool) { return {}; }
+
+bool AlwaysSound(ByteSpan) { return true; }
+
 std::optional<int> NoAddress(ByteSpan) { return std::nullopt; }
 
 std::size_t NoStandardLength(ByteSpan) { return 0; }

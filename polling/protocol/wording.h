@@ -35,7 +35,12 @@ ReplyFault WrongLength(std::size_t came);
 ReplyFault WrongChecksum(const std::string& came, const std::string& belongs);
 ReplyFault Refused(ByteSpan reply);
 
-// For protocols without addresses, and without a standard length.
+// "device 1 answered a request to device 2"
+std::string OtherDevice(int answered, int asked);
+
+// For protocols without addresses, without a checksum, and without a standard length.
+std::string NoMismatch(ByteSpan request, ByteSpan reply, bool any_address);
+bool AlwaysSound(ByteSpan reply);
 std::optional<int> NoAddress(ByteSpan reply);
 std::size_t NoStandardLength(ByteSpan request);
 

@@ -12,18 +12,18 @@ namespace {
 
 using enum FieldType;
 
-constexpr RecordField One(std::string_view name, std::size_t position, FieldType type, int factor = 1) {
+constexpr RecordField One(std::string_view name, std::size_t position, FieldType type, double factor = 1) {
   return {name, position, type, 1, 0, factor};
 }
 
 // <name>_<first> and so on.
 constexpr RecordField Run(std::string_view name, std::size_t position, FieldType type, int count, int first,
-                          int factor = 1) {
+                          double factor = 1) {
   return {name, position, type, count, first, factor};
 }
 
 // The record holds `factor` times the value in `unit`.
-constexpr RecordField Measured(std::string_view name, std::size_t position, FieldType type, int factor,
+constexpr RecordField Measured(std::string_view name, std::size_t position, FieldType type, double factor,
                                std::string_view unit) {
   return {name, position, type, 1, 0, factor, unit};
 }

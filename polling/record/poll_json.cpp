@@ -67,11 +67,21 @@ ordered_json FailureToJson(const Failure& failure) {
   return json;
 }
 
+ordered_json WarningToJson(const Warning& warning) {
+  ordered_json json;
+  json["code"] = warning.code;
+  json["message"] = warning.message;
+  return json;
+}
+
 void AddOutcome(ordered_json& json, const PollResult& result, Fields fields) {
   json["duration_ms"] = Milliseconds(result);
   if (result.failure) {
     json["error"] = FailureToJson(*result.failure);
     return;
+  }
+  if (result.warning) {
+    json["warning"] = WarningToJson(*result.warning);
   }
   if (result.record.empty()) {
     json["record"] = ordered_json::object();
@@ -80,6 +90,7 @@ void AddOutcome(ordered_json& json, const PollResult& result, Fields fields) {
   json["record"] = RecordToJson(fields, result.record.data());
   const ordered_json physical = PhysicalToJson(fields, result.record.data());
   if (!physical.empty()) json["physical"] = physical;
+  if (!IsPlausible(fields, result.record.data())) json["plausible"] = false;
 }
 
 void AddSnapshot(ordered_json& json, const Snapshot& snapshot) {

@@ -28,6 +28,8 @@ nlohmann::ordered_json OperationHead(std::string_view kind, std::string_view ope
 // Null stands for a request or a reply that there was not.
 nlohmann::ordered_json FailureToJson(const Failure& failure);
 
+nlohmann::ordered_json WarningToJson(const Warning& warning);
+
 // Adds what came of a poll: how long it took, and its error or the record.
 void AddOutcome(nlohmann::ordered_json& json, const PollResult& result, Fields fields);
 

@@ -1,6 +1,7 @@
 #include "polling/record/record_field.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -20,10 +21,18 @@ T Load(const BYTE* bytes) {
   return value;
 }
 
-int Decimals(int factor) {
+int DecimalsOf(double step) {
+  constexpr int kMost = 6;
   int decimals = 0;
-  for (; factor > 1; factor /= 10) ++decimals;
+  for (double scaled = step; decimals < kMost && std::abs(scaled - std::round(scaled)) > 1e-9; scaled *= 10) ++decimals;
   return decimals;
+}
+
+// As many as tell neighbouring values apart: one for a factor of 10 and for one of 3.
+int Decimals(const RecordField& field) {
+  int decimals = 0;
+  for (double step = 1 / field.factor; step < 0.9999 && decimals < 6; step *= 10) ++decimals;
+  return std::max(decimals, DecimalsOf(field.offset));
 }
 
 }  // namespace
@@ -55,7 +64,14 @@ std::string FieldName(const RecordField& field, int index) {
   return field.count == 1 || IsText(field) ? name : name + '_' + std::to_string(field.first + index);
 }
 
-bool IsPhysical(const RecordField& field) { return field.factor != 1 || !field.unit.empty(); }
+bool IsPhysical(const RecordField& field) {
+  return field.factor != 1 || field.offset != 0 || field.signed_bits != 0 || !field.unit.empty() || field.minimum ||
+         field.maximum;
+}
+
+bool IsPlausible(const RecordField& field, double physical) {
+  return physical >= field.minimum.value_or(physical) && physical <= field.maximum.value_or(physical);
+}
 
 long long RawNumber(const RecordField& field, const BYTE* record, int index) {
   const BYTE* const bytes = record + field.position + static_cast<std::size_t>(index) * FieldWidth(field.type);
@@ -87,12 +103,37 @@ std::string RecordText(const RecordField& field, const BYTE* record) {
   return utf8;
 }
 
-double Physical(const RecordField& field, long long raw) { return static_cast<double>(raw) / field.factor; }
+double Physical(const RecordField& field, long long raw) {
+  switch (field.signed_bits) {
+    case 8:
+      raw = static_cast<std::int8_t>(raw & 0xFF);
+      break;
+    case 16:
+      raw = static_cast<std::int16_t>(raw & 0xFFFF);
+      break;
+    case 32:
+      raw = static_cast<std::int32_t>(raw & 0xFFFFFFFF);
+      break;
+    default:
+      break;
+  }
+  return static_cast<double>(raw) / field.factor + field.offset;
+}
 
 std::string PhysicalText(const RecordField& field, long long raw) {
   if (!IsPhysical(field)) return {};
-  const std::string number = Fixed(Physical(field, raw), Decimals(field.factor));
+  const std::string number = Fixed(Physical(field, raw), Decimals(field));
   return field.unit.empty() ? number : number + ' ' + std::string(field.unit);
+}
+
+bool IsPlausible(Fields fields, const BYTE* record) {
+  return std::ranges::all_of(fields, [record](const RecordField& field) {
+    if (!field.minimum && !field.maximum) return true;
+    for (int i = 0; i < field.count; ++i) {
+      if (!IsPlausible(field, Physical(field, RawNumber(field, record, i)))) return false;
+    }
+    return true;
+  });
 }
 
 double PhysicalNumber(const RecordField& field, const BYTE* record) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,10 +18,14 @@ struct RecordField {
   std::string_view name;
   std::size_t position;  // within the record, bytes
   FieldType type;
-  int count = 1;               // numbers in the run; of a text, the units it has room for
-  int first = 1;               // of a run
-  int factor = 1;              // how many times its physical value the record holds: 1, 10, 100 or 1000
-  std::string_view unit = {};  // of the physical value; empty where the library knows none
+  int count = 1;                    // numbers in the run; of a text, the units it has room for
+  int first = 1;                    // of a run
+  double factor = 1;                // how many times its physical value the record holds
+  std::string_view unit = {};       // of the physical value; empty where the library knows none
+  double offset = 0;                // added after the division by the factor
+  int signed_bits = 0;              // 8, 16 or 32 when the device means a number with a sign; 0: as its type says
+  std::optional<double> minimum{};  // of a plausible physical value
+  std::optional<double> maximum{};
 };
 
 using Fields = std::span<const RecordField>;
@@ -63,8 +68,11 @@ long long RawNumber(const RecordField& field, const BYTE* record, int index = 0)
 // A text of the record, in UTF-8.
 std::string RecordText(const RecordField& field, const BYTE* record);
 
-// Whether the number has a scale or a unit.
+// Whether the number has a scale, a unit or a range.
 bool IsPhysical(const RecordField& field);
+
+// Whether a physical value lies in the field's range.
+bool IsPlausible(const RecordField& field, double physical);
 
 // A raw number in the field's unit; and as text with its unit, empty for a field that is not physical.
 double Physical(const RecordField& field, long long raw);
@@ -73,5 +81,8 @@ std::string PhysicalText(const RecordField& field, long long raw);
 // The number of a field that is no run, in its unit; and as text, with its unit after it.
 double PhysicalNumber(const RecordField& field, const BYTE* record);
 std::string PhysicalNumberText(const RecordField& field, const BYTE* record);
+
+// Whether all numbers of the record are plausible.
+bool IsPlausible(Fields fields, const BYTE* record);
 
 }  // namespace fieldline

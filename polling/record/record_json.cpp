@@ -24,7 +24,9 @@ ordered_json PhysicalToJson(Fields fields, const BYTE* record) {
     if (IsText(field) || !IsPhysical(field)) continue;
     for (int i = 0; i < field.count; ++i) {
       ordered_json& entry = json[FieldName(field, i)];
-      entry["value"] = Physical(field, RawNumber(field, record, i));
+      const double value = Physical(field, RawNumber(field, record, i));
+      entry["value"] = value;
+      if (!IsPlausible(field, value)) entry["plausible"] = false;
       if (!field.unit.empty()) entry["unit"] = field.unit;
     }
   }

@@ -1,5 +1,7 @@
 #include "polling/site/line_config.h"
 
+#include <algorithm>
+
 #include "fieldline/platform/device_name.h"
 #include "fieldline/platform/device_path.h"
 #include "fieldline/serial/port_definition.h"
@@ -93,6 +95,28 @@ Mapping ParseMap(const std::string& map) {
   return {WithColon(map.substr(0, equals)), map.substr(equals + 1)};
 }
 
+}  // namespace
+
+std::chrono::microseconds CharacterTime(const LineSettings& settings) {
+  const unsigned bits = 1 + settings.data_bits + (settings.parity == Parity::kNone ? 0 : 1) +
+                        (settings.stop_bits == StopBits::kOne ? 1 : 2);
+  return std::chrono::ceil<std::chrono::microseconds>(std::chrono::duration<double>(bits) / settings.baud);
+}
+
+PollOptions OptionsOf(const LineConfig& line) {
+  using std::chrono::milliseconds;
+  constexpr int kConstant = 100;  // ms
+  constexpr milliseconds kShortestPause(5);
+  const auto character = CharacterTime(line.settings);
+  PollOptions options;
+  const auto per_byte = std::chrono::ceil<milliseconds>(character * 3 / 2).count();
+  options.timeout = line.timeout.value_or(ReadTimeout{static_cast<int>(per_byte), kConstant});
+  options.pause = line.pause.value_or(std::max(kShortestPause, std::chrono::ceil<milliseconds>(character * 7 / 2)));
+  options.retries = line.retries;
+  options.any_address = line.any_address;
+  return options;
+}
+
 ReadTimeout ParseTimeout(const std::string& text) {
   const std::vector<std::string> parts = Split(text, ',');
   if (parts.size() == 2) {
@@ -104,8 +128,6 @@ ReadTimeout ParseTimeout(const std::string& text) {
   throw UsageError("--timeout \"" + text + "\": write PER_BYTE,CONSTANT in ms, such as 6,100; each is at most " +
                    std::to_string(kMostTimeout));
 }
-
-}  // namespace
 
 void ApplyMaps(const LineArguments& arguments) {
   for (const std::string& map : arguments.maps) {
@@ -123,6 +145,8 @@ LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_se
   }
   PortText port = SplitPort(arguments.port);
   if (port.settings.empty()) port.settings = usual_settings;
+  const bool speed_alone = port.settings.find_first_not_of("0123456789") == std::string::npos;
+  if (speed_alone) port.settings += ",n,8,1";
   CheckSettings(port.settings);
 
   std::string device = WithColon(port.device);
@@ -137,7 +161,9 @@ LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_se
   LineConfig line;
   line.shown = port.device + ':' + port.settings;
   line.device = Widen(device);
+  line.path = DevicePath(line.device.c_str());
   line.definition = Widen(device + port.settings);
+  ParseLineSettings(line.definition.c_str(), &line.settings);
   if (!arguments.timeout.empty()) line.timeout = ParseTimeout(arguments.timeout);
   if (line.definition.size() >= CSerBase::kDefCapacity) {
     throw UsageError("\"" + line.shown +

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::string_view kInputs = "EIO1";  // what the driver of the unit's own inputs opens
 constexpr std::chrono::milliseconds kUsualInterval(1000);
+constexpr long kMostPause = 60'000;  // ms
 
 // A line's name becomes part of its port's definition, which has little room.
 bool IsLineName(std::string_view name) {
@@ -41,7 +42,7 @@ class Reader {
       node.RequireObject({"path", "devices"});
       ApplyMaps({.port = {}, .maps = {name + '=' + ReadPath(name, node)}, .timeout = {}});
     } else {
-      node.RequireObject({"path", "settings", "timeout", "devices"});
+      node.RequireObject({"path", "settings", "timeout", "pause", "retries", "any_address", "devices"});
       line.port = ReadPort(name, node);
     }
     const JsonNode devices = node.Get("devices");
@@ -58,10 +59,13 @@ class Reader {
     const JsonNode settings = node.Get("settings");
     arguments.port = name + ':' + settings.Text();
     LineConfig line = Resolved(arguments, settings);
-    if (const auto timeout = node.Find("timeout")) {
-      arguments.timeout = timeout->Text();
-      line = Resolved(arguments, *timeout);
-    }
+    line.shown = name + ':' + settings.Text() + " (" + line.path + ')';
+    PollOptions options = OptionsOf(line);
+    ReadOptions(node, options);
+    line.timeout = options.timeout;
+    line.pause = options.pause;
+    line.retries = options.retries;
+    line.any_address = options.any_address;
     return line;
   }
 
@@ -73,6 +77,22 @@ class Reader {
     }
   }
 
+  // Those of a line, or of a device that differs from it.
+  static void ReadOptions(const JsonNode& node, PollOptions& options) {
+    if (const auto timeout = node.Find("timeout")) {
+      try {
+        options.timeout = ParseTimeout(timeout->Text());
+      } catch (const UsageError& error) {
+        timeout->Refuse(error.what());
+      }
+    }
+    if (const auto pause = node.Find("pause")) options.pause = std::chrono::milliseconds(pause->Integer(0, kMostPause));
+    if (const auto retries = node.Find("retries")) {
+      options.retries = static_cast<int>(retries->Integer(0, kMostRetries));
+    }
+    if (const auto any = node.Find("any_address")) options.any_address = any->Flag();
+  }
+
   std::string ReadPath(const std::string& line, const JsonNode& node) {
     const JsonNode path = node.Get("path");
     if (path.Text().empty()) path.Refuse("the path of the device is needed, such as /dev/ttyUSB0");
@@ -82,7 +102,7 @@ class Reader {
   }
 
   SiteDevice ReadDevice(const std::string& name, const SiteLine& line, const JsonNode& node) {
-    node.RequireObject({"kind", "address", "interval", "show", "scale"});
+    node.RequireObject({"kind", "address", "interval", "show", "scale", "timeout", "pause", "retries", "any_address"});
     if (name.empty()) node.Refuse("a device needs a name");
     const auto [first, is_new] = lines_by_device_.try_emplace(name, line.name);
     if (!is_new) node.Refuse("there is a device of this name on " + first->second + " already");
@@ -95,10 +115,15 @@ class Reader {
     if (IsCamera(kind)) {
       node.Get("kind").Refuse("a camera's poll takes a picture, and has no values to watch");
     }
-    SiteDevice device{name, &kind, kind.address, kUsualInterval, TakenApart(FieldsOf(kind)), 0};
+    SiteDevice device{name, &kind, kind.address, kUsualInterval, OptionsOf(line.port), TakenApart(FieldsOf(kind)), 0};
+    ReadOptions(node, device.options);
     if (const auto address = node.Find("address")) {
       if (kind.address == 0) address->Refuse(std::string(kind.name) + " has no address; leave it out");
       device.address = static_cast<int>(address->Integer(0, 255));
+    }
+    for (const SiteDevice& other : line.devices) {
+      if (other.kind != &kind || other.address != device.address) continue;
+      node.Refuse("this is " + other.name + " already: the same kind at the same address of the line");
     }
     if (const auto interval = node.Find("interval")) device.interval = interval->Duration();
     if (const auto show = node.Find("show")) device.shown = FindNumber(show->Text(), device, *show);
@@ -147,15 +172,27 @@ class Reader {
   }
 
   void Rescale(RecordField& field, const JsonNode& node) {
-    node.RequireObject({"factor", "unit"});
+    constexpr double kMost = 1e9;
+    node.RequireObject({"factor", "offset", "signed", "unit", "minimum", "maximum"});
     if (const auto factor = node.Find("factor")) {
-      field.factor = static_cast<int>(factor->Integer(1, 1000));
-      constexpr int kFactors[] = {1, 10, 100, 1000};
-      if (std::ranges::find(kFactors, field.factor) == std::end(kFactors)) {
-        factor->Refuse("1, 10, 100 or 1000 is needed: how many times the value in its unit the record holds");
+      field.factor = factor->Number(-kMost, kMost);
+      if (field.factor <= 0) {
+        factor->Refuse("a number above 0 is needed: how many times the value in its unit the record holds");
+      }
+    }
+    if (const auto offset = node.Find("offset")) field.offset = offset->Number(-kMost, kMost);
+    if (const auto bits = node.Find("signed")) {
+      field.signed_bits = static_cast<int>(bits->Integer(8, 32));
+      if (field.signed_bits != 8 && field.signed_bits != 16 && field.signed_bits != 32) {
+        bits->Refuse("8, 16 or 32 is needed: the bits of the number with a sign");
       }
     }
     if (const auto unit = node.Find("unit")) field.unit = site_.texts.emplace_back(unit->Text());
+    if (const auto minimum = node.Find("minimum")) field.minimum = minimum->Number(-kMost, kMost);
+    if (const auto maximum = node.Find("maximum")) {
+      field.maximum = maximum->Number(-kMost, kMost);
+      if (field.minimum.value_or(*field.maximum) > *field.maximum) maximum->Refuse("it is below the minimum");
+    }
   }
 
   Site site_;

@@ -17,6 +17,7 @@ struct SiteDevice {
   const Kind* kind;
   int address;  // 0 where the protocol has none
   std::chrono::milliseconds interval;
+  PollOptions options;
   std::vector<RecordField> fields;  // the kind's, each number alone, with the site's scales
   std::size_t shown;                // the field that stands for the device in a table
 };

@@ -1,5 +1,7 @@
 #include "tools/options/line_option.h"
 
+#include "tools/options/number_option.h"
+
 namespace fieldline::tool {
 
 void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::string& usual_timeout) {
@@ -14,6 +16,22 @@ void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::stri
       .add_option("--timeout", arguments.timeout,
                   "Read time-out in ms: per byte asked for, and constant [" + usual_timeout + ']')
       ->type_name("PER_BYTE,CONSTANT");
+}
+
+void AddPollOptions(CLI::App& command, PollArguments& arguments) {
+  constexpr int kMostPause = 60'000;
+  AddNumber(command, "--pause", 0, kMostPause, "Silence in ms before each request [3.5 characters, at least 5 ms]",
+            [&arguments](int pause) { arguments.pause = pause; });
+  AddNumber(command, "--retries", 0, kMostRetries, "Repeat a poll that nothing answers so many times [0]",
+            [&arguments](int retries) { arguments.retries = retries; });
+  command.add_flag("--any-address", arguments.any_address, "Accept replies that carry another address");
+}
+
+LineConfig WithOptions(LineConfig line, const PollArguments& arguments) {
+  if (arguments.pause) line.pause = std::chrono::milliseconds(*arguments.pause);
+  line.retries = arguments.retries;
+  line.any_address = arguments.any_address;
+  return line;
 }
 
 }  // namespace fieldline::tool

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 
 #include "polling/site/line_config.h"
@@ -8,6 +9,19 @@
 namespace fieldline::tool {
 
 // Adds --port, --map and --timeout to a subcommand. `usual_timeout` is for the help.
-void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::string& usual_timeout = "6,100");
+void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::string& usual_timeout = "fits the speed");
+
+// How a line is polled, as it was given.
+struct PollArguments {
+  std::optional<int> pause;  // ms
+  int retries = 0;
+  bool any_address = false;
+};
+
+// Adds --pause, --retries and --any-address to a subcommand.
+void AddPollOptions(CLI::App& command, PollArguments& arguments);
+
+// The line with them.
+LineConfig WithOptions(LineConfig line, const PollArguments& arguments);
 
 }  // namespace fieldline::tool

@@ -19,6 +19,10 @@ std::string Subject(const Kind& kind, int address) {
   return text;
 }
 
+void ShowWarning(const std::string& subject, const Warning& warning) {
+  std::cerr << "fieldline: " << subject << ": warning: " << Alert(warning.message) << '\n';
+}
+
 void ShowFailure(const std::string& subject, const Failure& failure) {
   std::cerr << "fieldline: " << subject << ": " << Alert(failure.message) << '\n';
   if (!failure.request.empty()) std::cerr << "  sent      " << Hex(failure.request, 64) << '\n';

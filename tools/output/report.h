@@ -13,6 +13,7 @@ void PrintJson(const nlohmann::ordered_json& json);
 std::string Subject(const Kind& kind, int address);
 
 // For people, on standard error.
+void ShowWarning(const std::string& subject, const Warning& warning);
 void ShowFailure(const std::string& subject, const Failure& failure);
 
 }  // namespace fieldline::tool

@@ -11,7 +11,6 @@
 #include "fieldline/kinds.h"
 #include "fieldline/platform/console.h"
 #include "fieldline/platform/file.h"
-#include "fieldline/serial/ser_base.h"
 #include "polling/alarm_board.h"
 #include "polling/display_panel.h"
 #include "polling/kind_name.h"
@@ -121,10 +120,7 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
   }
   LineConfig opened;
   if (device.kind->HasLine()) {
-    // Time-outs in ms, more generous than a line needs: the devices share the processor with the polls.
-    constexpr int kConstant = 500;
     opened = ResolveLine(where, settings);
-    opened.timeout = {.per_byte = static_cast<int>(10'000 / line.baud) + 2, .constant = kConstant};
   }
   std::optional<Snapshot> snapshot;
   switch (device.kind->number) {
@@ -140,16 +136,14 @@ bool Unit::Poll(const sim::RoomDevice& device, const sim::RoomLine& line) {
 
 PollResult Unit::PollDriver(const sim::RoomDevice& device, const LineConfig& line, std::optional<Snapshot>& snapshot) {
   const std::unique_ptr<CSensorBase> driver = RequireDriver(*device.kind);
-  CSerBase port(SER_COM);
-  Recorder recorder(&trace_);
-  OpenLine open_line(port, recorder);
-  if (device.kind->HasLine()) {
-    if (const std::optional<Failure> failure = open_line.Open(line)) return FailedToOpen(*failure);
+  PolledPort<CSerBase> polled(&trace_, {}, SER_COM);
+  PolledLine* const used = device.kind->HasLine() ? &polled : nullptr;
+  if (used != nullptr) {
+    if (const std::optional<Failure> failure = polled.Open(line)) return FailedToOpen(*failure);
   }
-  PictureProgress progress(&port, arguments_.output.ShowsProgress());
+  PictureProgress progress(&polled.port(), arguments_.output.ShowsProgress());
   progress.Begin(std::string(device.name));
-  ISerBase* const used = device.kind->HasLine() ? &port : nullptr;
-  PollResult result = PollOnce(*device.kind, *driver, used, device.address, recorder);
+  PollResult result = ::fieldline::Poll(*device.kind, device.address, *driver, used, OptionsOf(line));
   progress.End();
   if (IsCamera(*device.kind)) snapshot = FindSnapshot(*device.kind, flash_root_, driver->m_pData, &result);
   return result;

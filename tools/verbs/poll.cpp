@@ -6,7 +6,6 @@
 
 #include "fieldline/kinds.h"
 #include "fieldline/platform/console.h"
-#include "fieldline/serial/hub_ser_factory.h"
 #include "polling/kind_name.h"
 #include "polling/poller.h"
 #include "polling/record/kind_fields.h"
@@ -40,6 +39,7 @@ constexpr char kExamples[] =
 struct Arguments {
   std::string kind;
   LineArguments line;
+  PollArguments poll;
   std::optional<int> address;
   int count = 1;
   int until_good = 0;
@@ -72,22 +72,24 @@ void ShowPoll(const Target& target, const PollResult& result, const std::optiona
     PrintRecord(std::cout, FieldsOf(target.kind), result.record.data());
     if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
     std::cout << std::flush;
+    if (result.warning) ShowWarning(SubjectOf(target), *result.warning);
   }
 }
 
-ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBase& driver, ISerBase* port,
-                    Recorder& recorder) {
+ExitCode PollSeries(const Arguments& arguments, const Target& target, PolledLine* line) {
+  const std::unique_ptr<CSensorBase> driver = RequireDriver(target.kind);
+  const PollOptions options = line != nullptr ? OptionsOf(line->config()) : PollOptions{};
   const bool camera = IsCamera(target.kind);
-  PictureProgress progress(port, arguments.output.ShowsProgress());
+  PictureProgress progress(line != nullptr ? &line->port() : nullptr, arguments.output.ShowsProgress());
   const int most = arguments.until_good != 0 ? arguments.until_good : arguments.count;
   Statistics statistics;
   std::optional<Failure> last_failure;
   auto next = std::chrono::steady_clock::now();
   for (int done = 0; !Interrupted();) {
     progress.Begin(SubjectOf(target));
-    PollResult result = PollOnce(target.kind, driver, port, target.address, recorder);
+    PollResult result = Poll(target.kind, target.address, *driver, line, options);
     std::optional<Snapshot> snapshot;
-    if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver.m_pData, &result);
+    if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver->m_pData, &result);
     progress.End();
     statistics.Add(result);
     ShowPoll(target, result, snapshot, arguments.output.json);
@@ -99,7 +101,6 @@ ExitCode PollSeries(const Arguments& arguments, const Target& target, CSensorBas
     next = std::max(next + arguments.interval, now);
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
     if (wait.count() > 0) SleepUnlessInterrupted(static_cast<int>(wait.count()));
-    if (result.failure && port != nullptr) port->Purge();  // what came late
   }
   if (most != 1 && !arguments.output.quiet) statistics.Print(std::cerr);
   return arguments.until_good != 0 && !last_failure ? ExitCode::kGood : statistics.Result();
@@ -111,32 +112,26 @@ ExitCode Run(const Arguments& arguments) {
     throw UsageError(arguments.kind + " has no address; leave out --address");
   }
   Target target{kind, arguments.address.value_or(kind.address), {}};
-  const std::unique_ptr<CSensorBase> driver = RequireDriver(kind);
   if (!arguments.flash_root.empty()) {
     if (!IsCamera(kind)) throw UsageError("--flash-root is for cameras; leave it out");
     UseFlashRoot(arguments.flash_root);
   }
-  TraceOutput trace(arguments.output.trace);
-  Recorder recorder(&trace);
-
-  if (kind.protocol == Protocol::kInputs) {
+  if (!kind.HasLine()) {
     ApplyMaps(arguments.line);
     CatchInterrupts();
-    return PollSeries(arguments, target, *driver, nullptr, recorder);
+    return PollSeries(arguments, target, nullptr);
   }
 
-  const LineConfig line = ResolveLine(arguments.line, UsualSettings(kind));
+  TraceOutput trace(arguments.output.trace);
+  const LineConfig line = WithOptions(ResolveLine(arguments.line, UsualSettings(kind)), arguments.poll);
   target.port = line.shown;
-  CHubSerFactory* const ports = CHubSerFactory::GetInstance();
-  ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
-  if (port == nullptr) throw std::bad_alloc();
-  OpenLine open_line(*port, recorder);
-  if (const std::optional<Failure> failure = open_line.Open(line)) {
+  PolledPort<CSerBase> polled(&trace, {}, SER_COM);
+  if (const std::optional<Failure> failure = polled.Open(line)) {
     ShowPoll(target, FailedToOpen(*failure), {}, arguments.output.json);
     return failure->exit;
   }
   CatchInterrupts();
-  return PollSeries(arguments, target, *driver, port, recorder);
+  return PollSeries(arguments, target, &polled);
 }
 
 }  // namespace
@@ -147,6 +142,7 @@ Verb AddPoll(CLI::App& app) {
   command.footer(kExamples);
   command.add_option("KIND", arguments->kind, "Kind of device")->type_name("")->required();
   AddLineOptions(command, arguments->line);
+  AddPollOptions(command, arguments->poll);
   AddNumber(command, "--address", 0, 255, "Bus address [usual one of the kind]",
             [arguments](int address) { arguments->address = address; });
   CLI::Option* const count = AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make; 0: until Ctrl-C [1]",

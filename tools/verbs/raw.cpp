@@ -9,9 +9,10 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
-#include "fieldline/serial/hub_ser_factory.h"
-#include "polling/poller.h"
+#include "fieldline/serial/ser_base.h"
+#include "polling/diagnosis.h"
 #include "polling/protocol/protocol.h"
+#include "polling/recorder.h"
 #include "polling/text.h"
 #include "polling/trace_output.h"
 #include "tools/options/duration_option.h"
@@ -86,6 +87,13 @@ void Dump(const Bytes& bytes) {
   }
 }
 
+// Bytes pass as they are; the line is released when this goes.
+class RawPort final : public CSerBase {
+ public:
+  explicit RawPort(Recorder& recorder) : CSerBase(SER_COM) { InsertObserver(&recorder); }
+  ~RawPort() { Close(); }
+};
+
 ExitCode Run(const Arguments& arguments) {
   if (arguments.bytes.empty() == arguments.text.empty()) {
     throw UsageError("which bytes? write them in hexadecimal, such as 01 03, or --text 'Q1\\r'");
@@ -94,25 +102,24 @@ ExitCode Run(const Arguments& arguments) {
   const Bytes request = MakeFrame(arguments.append, bytes);
   LineConfig line = ResolveLine(arguments.line, kUsualSettings);
   if (!line.timeout) line.timeout = kUsualTimeout;
-  CHubSerFactory* const ports = CHubSerFactory::GetInstance();
-  ISerBase* const port = ports != nullptr ? ports->GetHubSer(SER_COM) : nullptr;
-  if (port == nullptr) throw std::bad_alloc();
   TraceOutput trace(arguments.output.trace);
   Recorder recorder(&trace);
-  OpenLine open_line(*port, recorder);
+  RawPort port(recorder);
 
   const Time time = std::chrono::system_clock::now();
-  std::optional<Failure> failure = open_line.Open(line);
+  port.SetTimeout(line.timeout->per_byte, line.timeout->constant);
+  std::optional<Failure> failure;
+  if (port.Open(line.definition.c_str()) == 0) failure = DiagnoseOpen(port, line);
   const auto began = std::chrono::steady_clock::now();
   Bytes reply;
   if (!failure) {
     CatchInterrupts();
-    Progress progress(port, arguments.output.ShowsProgress());
+    Progress progress(&port, arguments.output.ShowsProgress());
     progress.Begin("raw");
     const int size = static_cast<int>(request.size());
-    if (port->Write(request.data(), size) == size) {
-      reply = Receive(*port, arguments, *line.timeout);
-      if (reply.empty() && port->Purge() == 0) {
+    if (port.Write(request.data(), size) == size) {
+      reply = Receive(port, arguments, *line.timeout);
+      if (reply.empty() && port.Purge() == 0) {
         failure = Failure{ExitCode::kNoLine, "line_gone", "the line vanished: was the adapter unplugged?"};
       } else if (reply.empty()) {
         failure = Failure{ExitCode::kNoAnswer, "no_answer", "nothing answered"};

@@ -91,7 +91,8 @@ Bytes ParseEscapes(std::string_view text) {
       bytes.push_back(static_cast<BYTE>(value));
       i += 2;
     } else {
-      throw UsageError("--text \"" + std::string(text) + "\": after a backslash write r, n, xNN with two digits, or another one");
+      throw UsageError("--text \"" + std::string(text) +
+                       "\": after a backslash write r, n, xNN with two digits, or another one");
     }
   }
   return bytes;

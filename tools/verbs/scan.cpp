@@ -10,10 +10,8 @@
 
 #include "fieldline/kinds.h"
 #include "fieldline/platform/console.h"
-#include "fieldline/serial/port_definition.h"
 #include "polling/kind_name.h"
 #include "polling/poller.h"
-#include "polling/probe_port.h"
 #include "polling/protocol/protocol.h"
 #include "polling/text.h"
 #include "polling/trace_output.h"
@@ -43,6 +41,7 @@ constexpr char kExamples[] =
 struct Arguments {
   std::vector<std::string> kinds;
   LineArguments line;
+  PollArguments poll;
   std::optional<int> from;
   std::optional<int> to;
   OutputArguments output;
@@ -83,9 +82,7 @@ std::vector<Probe> PlanProbes(const Arguments& arguments, const std::vector<cons
 
 // A device begins to answer after 50 ms and ten characters at the latest; characters have up to 11 bits.
 ReadTimeout ProbeTimeout(const LineConfig& line) {
-  LineSettings settings;
-  ParseLineSettings(line.definition.c_str(), &settings);
-  const int character = 1 + static_cast<int>(11'000 / settings.baud);  // ms
+  const int character = 1 + static_cast<int>(11'000 / line.settings.baud);  // ms
   return {character, 50 + 10 * character};
 }
 
@@ -109,7 +106,7 @@ std::vector<Pass> PlanPasses(const Arguments& arguments) {
   }
   std::vector<Pass> passes;
   for (const auto& [settings, kinds] : groups) {
-    Pass pass = {ResolveLine(arguments.line, settings), PlanProbes(arguments, kinds)};
+    Pass pass = {WithOptions(ResolveLine(arguments.line, settings), arguments.poll), PlanProbes(arguments, kinds)};
     if (!pass.line.timeout) pass.line.timeout = ProbeTimeout(pass.line);
     if (!pass.probes.empty()) passes.push_back(std::move(pass));
   }
@@ -157,13 +154,14 @@ void Show(const Probe& probe, const PollResult& result, const LineConfig& line, 
         {"reply_bytes",    ReplyBytes(result)                                 },
         {"standard_bytes", standard ? ordered_json(*standard) : ordered_json()}
     };
+    if (result.warning) object["warning"] = WarningToJson(*result.warning);
     if (result.failure) object["error"] = FailureToJson(*result.failure);
     PrintJson(object);
     return;
   }
   std::cout << "address " << probe.address << ": ";
   if (result.failure) {
-    std::cout << "something answers, not as any kind that was looked for; to " << probe.kind.name << ": "
+    std::cout << "the device answers, but as none of the kinds scanned; to " << probe.kind.name << ": "
               << result.failure->message;
   } else {
     std::cout << probe.kind.name << ", " << Fixed(result.duration.count(), 1) << " ms, " << ReplyBytes(result)
@@ -171,11 +169,7 @@ void Show(const Probe& probe, const PollResult& result, const LineConfig& line, 
     if (standard && *standard != ReplyBytes(result)) std::cout << " (" << *standard << " by the standard)";
   }
   std::cout << std::endl;
-  if (carried && *carried != probe.address) {
-    const std::string warning = "the reply carries address " + std::to_string(*carried) +
-                                ": a late reply, or a device that answers to any address";
-    std::cerr << "  " << Alert(warning) << '\n';
-  }
+  if (result.warning) ShowWarning(Subject(probe.kind, probe.address), *result.warning);
 }
 
 void Warn(const std::string& text) { std::cerr << "fieldline: " << Alert(text) << '\n'; }
@@ -193,18 +187,17 @@ class Scan {
       : arguments_(arguments),
         passes_(PlanPasses(arguments)),
         trace_(arguments.output.trace),
-        recorder_(&trace_),
+        polled_(&trace_, {}, SER_COM),
         progress_(nullptr, arguments.output.ShowsProgress()) {
     for (const Pass& pass : passes_) probes_ += pass.probes.size();
   }
 
   ExitCode Run() {
-    OpenLine open_line(port_, recorder_);
     progress_.Begin("scan");
     bool found = false;
     bool refused = false;
     for (const Pass& pass : passes_) {
-      if (const std::optional<Failure> failure = open_line.Open(pass.line)) {
+      if (const std::optional<Failure> failure = polled_.Open(pass.line)) {
         ShowNoLine(pass.line, *failure);
         return failure->exit;
       }
@@ -226,7 +219,7 @@ class Scan {
     int answered = 0;   // of these
     int refused = 0;
     int echoes = 0;
-    int found = 0;  // a device that two kinds accept counts twice
+    int found = 0;  // addresses with a device
   };
 
   // A value ends the scan.
@@ -255,12 +248,13 @@ class Scan {
 
   std::optional<ExitCode> Ask(const LineConfig& line, const Probe& probe) {
     const std::unique_ptr<CSensorBase> driver = RequireDriver(probe.kind);
-    const PollResult result = PollOnce(probe.kind, *driver, &port_, probe.address, recorder_);
+    PollOptions options = OptionsOf(line);
+    options.quick_silence = true;
+    const PollResult result = Poll(probe.kind, probe.address, *driver, &polled_, options);
     if (!result.failure) {
       progress_.Erase();
       Show(probe, result, line, arguments_.output.json);
-      ++counts_.found;
-      here_.accepted = true;
+      if (!std::exchange(here_.accepted, true)) ++counts_.found;
     } else if (result.failure->exit == ExitCode::kNoLine) {
       ShowNoLine(line, *result.failure);
       return ExitCode::kNoLine;
@@ -319,9 +313,8 @@ class Scan {
 
   const Arguments& arguments_;
   const std::vector<Pass> passes_;
-  ProbePort port_;
   TraceOutput trace_;
-  Recorder recorder_;
+  PolledPort<CSerBase> polled_;
   Progress progress_;
   AddressResult here_;
   Counts counts_;  // of the pass
@@ -338,6 +331,7 @@ Verb AddScan(CLI::App& app) {
   command.footer(kExamples);
   command.add_option("KIND", arguments->kinds, "Kinds to look for [all with Modbus RTU alone]")->type_name("");
   AddLineOptions(command, arguments->line, "as above");
+  AddPollOptions(command, arguments->poll);
   AddNumber(command, "--from", 0, 255, "First address [1 for Modbus, else 0]",
             [arguments](int address) { arguments->from = address; });
   AddNumber(command, "--to", 0, 255, "Last address [247 for Modbus, else 255]",

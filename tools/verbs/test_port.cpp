@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "fieldline/kinds.h"
-#include "fieldline/serial/hub_ser_factory.h"
 #include "fieldline/serial/hub_ser_test.h"
 #include "polling/kind_name.h"
 #include "polling/poller.h"
@@ -37,6 +36,7 @@ constexpr char kExamples[] =
 struct Arguments {
   std::vector<std::string> kinds;
   LineArguments line;
+  PollArguments poll;
   std::string flash_root;
   OutputArguments output;
 };
@@ -107,6 +107,7 @@ void Show(const Target& target, const PollResult& result, const std::string& lin
     std::cout << "  answered; the test port keeps no record of this kind\n";
   }
   std::cout << std::flush;
+  if (result.warning) ShowWarning(subject, *result.warning);
 }
 
 ExitCode Run(const Arguments& arguments) {
@@ -114,25 +115,23 @@ ExitCode Run(const Arguments& arguments) {
   for (const std::string& kind : arguments.kinds) targets.push_back(ParseTarget(kind));
   if (!arguments.flash_root.empty()) UseFlashRoot(arguments.flash_root);
   TraceOutput trace(arguments.output.trace);
-  Recorder recorder(&trace);
-
-  const LineConfig line = ResolveLine(arguments.line, UsualSettings(targets.front().kind));
-  CHubSerFactory* const ports = CHubSerFactory::GetInstance();
-  auto* const port = ports != nullptr ? static_cast<CHubSerTest*>(ports->GetHubSer(SER_TEST)) : nullptr;
-  if (port == nullptr) throw std::bad_alloc();
-  OpenLine open_line(*port, recorder);
-  if (const std::optional<Failure> failure = open_line.Open(line)) {
+  const LineConfig line = WithOptions(ResolveLine(arguments.line, UsualSettings(targets.front().kind)), arguments.poll);
+  const PollOptions options = OptionsOf(line);
+  PolledPort<CHubSerTest> polled(&trace, {});
+  CHubSerTest& port = polled.own_port();
+  if (const std::optional<Failure> failure = polled.Open(line)) {
     Show(targets.front(), FailedToOpen(*failure), line.shown, arguments.output.json);
     return failure->exit;
   }
 
   Statistics statistics;
-  PictureProgress progress(port, arguments.output.ShowsProgress());
+  PictureProgress progress(&port, arguments.output.ShowsProgress());
   for (const Target& target : targets) {
     progress.Begin(Subject(target.kind, target.address));
-    PollResult result = PollOnce(target.kind, port, target.address, recorder,
-                                 [&] { return port->GetData(target.kind.number, target.address); });
-    const BYTE* const copy = CopyOf(*port, target.kind.number);
+    PolledLine* const used = target.kind.HasLine() ? &polled : nullptr;
+    PollResult result = PollOnce(target.kind, target.address, used, options,
+                                 [&] { return port.GetData(target.kind.number, target.address); });
+    const BYTE* const copy = CopyOf(port, target.kind.number);
     if (!result.failure && copy != nullptr) result.record.assign(copy, copy + target.kind.record_size);
     progress.End();
     statistics.Add(result);
@@ -151,6 +150,7 @@ Verb AddTestPort(CLI::App& app) {
   command.add_option("KIND", arguments->kinds, "Kinds of devices; KIND@ADDRESS at another than the usual address")
       ->required();
   AddLineOptions(command, arguments->line);
+  AddPollOptions(command, arguments->poll);
   AddFlashRoot(command, arguments->flash_root);
   AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};

@@ -239,6 +239,21 @@ int SerialDevice::Read(BYTE* data, int count) {
   return received;
 }
 
+int SerialDevice::ReadSome(BYTE* data, int capacity, int wait_ms) {
+  if (!IsOpen()) return -1;
+  if (capacity < 1) return 0;
+  const int fd = static_cast<int>(handle_);
+  const Deadline deadline(wait_ms);
+  for (;;) {
+    const short events = WaitFor(fd, POLLIN, deadline);
+    if (events == 0) return 0;
+    const ssize_t taken = read(fd, data, static_cast<std::size_t>(capacity));
+    if (taken > 0) return static_cast<int>(taken);
+    if (taken == 0 || (errno != EAGAIN && errno != EINTR) || IsGone(events)) return -1;
+    if (deadline.RemainingNs() == 0) return 0;
+  }
+}
+
 int SerialDevice::Write(const BYTE* data, int count) {
   if (!IsOpen()) return -1;
   if (count < 1) return 0;

@@ -71,11 +71,16 @@ TEST(Scan, WarnsOfADeviceThatAnswersToAnyAddress) {
   sim::Line line(kAnySpeed);
   line.Add(std::make_unique<Parrot>(Hex("01 03 04 01 23 FE DC 4B FC")));
   ASSERT_TRUE(line.Start());
-  const ToolResult result = Scan(line, {"envir", "--from", "1", "--to", "8", "--timeout", "0,20000"});
+  ToolResult result = Scan(line, {"envir", "--from", "1", "--to", "8", "--timeout", "0,60"});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("address 8: envir, "));
-  EXPECT_THAT(result.err, HasSubstr("the reply carries address 1"));
+  EXPECT_THAT(result.out, HasSubstr("address 1: envir, "));
+  EXPECT_THAT(result.out, HasSubstr("device 1 answered a request to device 8"));
   EXPECT_THAT(result.err, HasSubstr("every address answers"));
+  EXPECT_THAT(result.err, HasSubstr(", 1 found"));
+
+  result = Scan(line, {"envir", "--from", "8", "--to", "8", "--timeout", "0,20000", "--any-address"});
+  EXPECT_THAT(result.out, HasSubstr("address 8: envir, "));
+  EXPECT_THAT(result.err, HasSubstr("warning: device 1 answered a request to device 8"));
 }
 
 TEST(Scan, EndsOnCtrlCWithWhatWasFound) {
