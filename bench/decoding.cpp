@@ -1,5 +1,5 @@
-// What a poll costs beside its serial exchange, each next to the plain method: the numbers of a battery reply by the
-// text round trip that defines them, and the checksum bit by bit.
+// Computing time of a poll without its serial exchange. Each benchmark has a plain counterpart: the numbers of a
+// battery reply are converted through text, which defines their values, and the checksum is computed bit by bit.
 
 #include <benchmark/benchmark.h>
 
@@ -19,7 +19,7 @@ constexpr int kReplyLength = 470;
 constexpr int kInfoLength = kReplyLength - 18;
 constexpr char kNumbers[] = "66660640CDCC4C4033338B40E17A943E3333BB41";  // 2.1, 3.2, 4.35, 0.29, 23.4
 
-// Serves one reply to every read.
+// Answers every read with the same reply.
 class BatteryPort final : public fieldline::test::StubPort {
  public:
   BatteryPort() {

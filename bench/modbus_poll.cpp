@@ -1,5 +1,5 @@
-// One poll of a probe over a pseudo-terminal, beside the same two registers read by libmodbus. The far end answers at
-// once, so that what is measured is what the two put around a request and its reply.
+// One poll of a probe over a pseudo-terminal, compared with libmodbus reading the same two registers. The far end
+// answers immediately, so that only the overhead of the two is measured.
 
 #include <benchmark/benchmark.h>
 #include <modbus.h>
@@ -16,7 +16,7 @@
 namespace fieldline {
 namespace {
 
-// Answers every eight bytes with the probe's reply.
+// Answers every eight bytes with the reply of the probe.
 class Probe {
  public:
   Probe() {
@@ -37,7 +37,7 @@ class Probe {
   void Answer() {
     constexpr int kRequest = 8;
     constexpr BYTE kReply[] = {0x01, 0x03, 0x04, 0x01, 0x23, 0xFE, 0xDC, 0x4B, 0xFC};
-    constexpr int kLookMs = 20;  // how soon a stop is seen
+    constexpr int kLookMs = 20;  // how soon a stop is noticed
     int received = 0;
     while (!stop_) {
       BYTE bytes[kRequest];

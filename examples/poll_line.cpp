@@ -1,5 +1,5 @@
-// Polls two power meters of different models at addresses 1 and 2 of one line, as a monitoring application does: ports
-// and drivers from the two factories, and an observer that shows what passes. poll_line /dev/ttyUSB0
+// Polls two power meters of different models, at addresses 1 and 2 of one line. The port and the drivers come from the
+// two factories; an observer shows all bytes. Usage: poll_line /dev/ttyUSB0
 
 #include <cstdio>
 #include <cstring>
@@ -21,7 +21,7 @@ class Monitor final : public ISerObserver {
   }
 };
 
-// One driver serves all devices of its kind: its record is read before the next of them is polled.
+// One driver serves all devices of its kind: its record must be read before the next device is polled.
 bool Poll(ISerBase* port, ENUM_SERDATKIND kind, int address) {
   CSensorBase* const driver = CSensorFactory::GetInstance()->GetSensor(kind);
   if (!driver->GetData(port, address)) {
@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
   fieldline::MapDevice(L"ESL3:", argv[1]);
   ISerBase* const port = CHubSerFactory::GetInstance()->GetHubSer(SER_ESL3);
   port->SetBaud(9600);
-  port->SetTimeout(2, 100);  // ms; polls that ask for more than their device sends end sooner
+  port->SetTimeout(2, 100);  // ms; short, because some drivers ask for more bytes than their device sends
   if (!port->Open(nullptr)) {
     std::fprintf(stderr, "%s: can't be opened at 9600 bit/s\n", argv[1]);
     return 1;

@@ -1,5 +1,5 @@
-// Takes a picture with a serial camera: take_picture /dev/ttyUSB0 DIRECTORY. The picture goes below the directory to
-// NandFlash/www/wwwpub/images, which must exist.
+// Takes a picture with a serial camera: take_picture /dev/ttyUSB0 DIRECTORY. The picture is stored below the directory
+// in NandFlash/www/wwwpub/images, which must exist.
 
 #include <cstdio>
 
@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "%s: no picture came\n", argv[1]);
     return 1;
   }
-  // The driver doesn't say whether its file could be made.
+  // The driver does not say whether it could create the file.
   std::printf("%s/NandFlash/www/wwwpub/images/%s, %u bytes\n", argv[2], camera.m_data.name,
               unsigned{camera.m_data.length});
 }

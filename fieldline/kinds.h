@@ -4,13 +4,13 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
-// The kinds of devices, in one table. Header only: nothing of it is exported.
+// All kinds of devices in one table. Header-only: the library exports nothing of it.
 namespace fieldline {
 
 enum class Protocol : BYTE {
   kInputs,      // no line: the unit's own digital inputs
   kModbusRtu,   // Modbus RTU
-  kDualProto,   // Modbus RTU at even addresses, a frame of its own at odd ones
+  kDualProto,   // Modbus RTU at even addresses, the unit's own frame at odd ones
   kQ1,          // text lines: "Q1", "I" and "F"
   kHexAscii,    // YD/T 1363
   kVc0706,      // commands of the VC0706
@@ -20,15 +20,15 @@ enum class Protocol : BYTE {
 };
 
 struct Kind {
-  std::string_view name;  // as commands and files write it
+  std::string_view name;  // as written in commands and files
   ENUM_SERDATKIND number;
   std::string_view description;
-  std::string_view driver;  // its class
+  std::string_view driver;  // class of its driver
   Protocol protocol;
-  int baud;         // bit/s, as such devices are usually set, with n,8,1; 0 where there is no line
-  int address;      // the usual one; 0 where the protocol has no addresses
-  int record_size;  // bytes; 0 for what is driven and not polled
-  int requests;     // of a whole poll, the first of a device
+  int baud;         // usual speed in bit/s, with n,8,1; 0 for a kind without a line
+  int address;      // usual bus address; 0 when the protocol has no addresses
+  int record_size;  // in bytes; 0 for a kind that is controlled and not polled
+  int requests;     // of a whole first poll
 
   constexpr bool IsPolled() const { return record_size != 0; }
   constexpr bool HasLine() const { return baud != 0; }
@@ -67,14 +67,14 @@ constexpr const Kind* FindKind(std::string_view name) {
   return nullptr;
 }
 
-// The same by number, which must be that of a kind.
+// The kind with this number, which must exist.
 constexpr const Kind& KindOf(ENUM_SERDATKIND number) {
   const Kind* found = kKinds;
   while (found->number != number) ++found;
   return *found;
 }
 
-// The protocol's name, for people.
+// The protocol's name, for display.
 constexpr std::string_view ProtocolName(Protocol protocol) {
   switch (protocol) {
     case Protocol::kInputs:

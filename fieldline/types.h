@@ -5,7 +5,7 @@
 using BYTE = unsigned char;
 using WORD = std::uint16_t;
 
-// Marks what applications link against; everything else in the shared library is hidden.
+// Exports a symbol to applications. All other symbols of the shared library are hidden.
 #if defined(_MSC_VER) && defined(FIELDLINE_BUILD)
 #define FIELDLINE_API __declspec(dllexport)
 #elif defined(_MSC_VER)

@@ -14,11 +14,11 @@ using Bytes = std::vector<BYTE>;
 
 struct Reply {
   Bytes bytes;
-  std::chrono::milliseconds delay{0};  // from the end of the request, or of the reply before this one
+  std::chrono::milliseconds delay{0};  // after the end of the request or of the previous reply
 };
 
-// A simulated device as it hangs on a line. Once its line runs, the line's thread alone uses it; its values may be read
-// and set by anyone at any time.
+// A simulated device on a line. Once the line runs, only the line's thread uses the device; its values are thread-safe
+// and can be read and set at any time.
 class Device {
  public:
   Device() = default;
@@ -26,15 +26,15 @@ class Device {
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
 
-  // Hears the bytes that came on the line and that no device has taken yet. Every device of the line is asked in turn,
-  // each time bytes have come and once more when the line has fallen silent, that is, for longer than 3.5 characters.
-  // What nobody takes by then is forgotten.
+  // Gets the bytes that the line received and no device has taken yet. The line calls every device in turn, each time
+  // it has received bytes and once more after a silence of more than 3.5 characters. Bytes that no device takes by then
+  // are dropped.
   //
-  // Returns how many bytes it takes from the front of `received`: a whole request of its own, whether answered or not.
-  // 0 leaves them: the request is not complete yet, or not for this device. What it answers is appended to `replies`.
+  // Returns how many bytes the device takes from the start of `received`: a whole request for this device, answered or
+  // not. Returns 0 when the request is not complete yet or not for this device. Appends its answers to `replies`.
   //
-  // Framed devices take a request as soon as its last byte is there; devices that know the end of a frame only by
-  // silence (Modbus RTU) return 0 until `silent`.
+  // Devices that recognize the end of a frame take a request as soon as its last byte is there. Devices that need
+  // silence for that (Modbus RTU) return 0 until `silent`.
   virtual std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) = 0;
 
   Values& values() { return values_; }

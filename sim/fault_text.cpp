@@ -6,7 +6,7 @@
 namespace fieldline::sim {
 namespace {
 
-// Reads all of `text`.
+// True when all of `text` is a number from `low` to `high`.
 template <typename Number>
 bool Read(std::string_view text, Number low, Number high, Number* number) {
   const char* const end = text.data() + text.size();

@@ -41,7 +41,7 @@ bool Faults::Hits(const FaultRule& rule) {
   return by_chance || replies_ == rule.nth || (rule.every > 0 && replies_ % rule.every == 0);
 }
 
-// Not a standard distribution: those differ between standard libraries, and a seed would not mean the same everywhere.
+// Not a standard distribution: those differ between standard libraries, and the same seed would give other faults.
 std::uint32_t Faults::Random(std::uint32_t below) { return static_cast<std::uint32_t>(random_() % below); }
 
 }  // namespace fieldline::sim

@@ -10,29 +10,29 @@
 namespace fieldline::sim {
 
 enum class Fault {
-  kDrop,      // the reply never comes
-  kCorrupt,   // one bit of it is flipped
-  kTruncate,  // its end is missing, at least one byte
-  kNoise,     // one to four stray bytes come before it
-  kDelay,     // it comes late
+  kDrop,      // the reply is not sent
+  kCorrupt,   // one bit of the reply is flipped
+  kTruncate,  // the end of the reply is missing, at least one byte
+  kNoise,     // one to four stray bytes come before the reply
+  kDelay,     // the reply is late
 };
 
-// Which replies of a line a fault befalls. A reply is hit when any of the three conditions holds.
+// A fault, and which replies of a line it hits. A reply is hit when any of the three conditions holds.
 struct FaultRule {
   Fault fault = Fault::kDrop;
-  unsigned nth = 0;        // this reply alone, counted from 1
-  unsigned every = 0;      // every such reply: 1 for all, 3 for the third, the sixth ...
+  unsigned nth = 0;        // only this reply, counted from 1
+  unsigned every = 0;      // every n-th reply: 1 for all, 3 for the third, the sixth ...
   double probability = 0;  // 0 to 1
   std::chrono::milliseconds delay{1000};
 };
 
-// Injures the replies of a line. The same seed and rules injure the same replies in the same way.
+// Applies faults to the replies of a line. With the same seed and rules, the same replies get the same faults.
 class Faults {
  public:
   Faults() = default;  // none
   Faults(std::uint32_t seed, std::vector<FaultRule> rules);
 
-  // Counts the reply and injures it; a dropped one is left without bytes.
+  // Counts the reply and applies the faults that hit it. A dropped reply has no bytes afterwards.
   void Injure(Reply& reply);
 
  private:

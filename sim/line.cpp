@@ -8,10 +8,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds kShortestSilence = 5ms;  // for a near end that is scheduled late
-constexpr std::chrono::milliseconds kIdleWait = 20ms;        // how soon a stopped line notices
-constexpr std::chrono::milliseconds kChunkTime = 2ms;        // replies come in pieces of about this length
-constexpr std::chrono::milliseconds kFullWait = 1s;          // bytes that nobody fetches in this time are lost
+constexpr std::chrono::milliseconds kShortestSilence = 5ms;  // allows for a near end that is scheduled late
+constexpr std::chrono::milliseconds kIdleWait = 20ms;        // how soon a stop is noticed
+constexpr std::chrono::milliseconds kChunkTime = 2ms;        // replies are sent in pieces of about this duration
+constexpr std::chrono::milliseconds kFullWait = 1s;          // bytes not read within this time are lost
 
 void WaitUntil(const std::stop_token& stop, std::chrono::steady_clock::time_point when) {
   for (auto now = std::chrono::steady_clock::now(); now < when && !stop.stop_requested();

@@ -19,19 +19,19 @@ namespace fieldline::sim {
 
 struct LineOptions {
   std::uint32_t baud = 9600;  // speed of the devices, bit/s
-  bool any_baud = false;      // understand the near end whatever speed it has set
-  bool paced = true;          // bytes take their time: ten bits each, both ways
+  bool any_baud = false;      // accept the near end at any speed
+  bool paced = true;          // bytes take as long as on a real line: ten bits each, both ways
 };
 
 enum class Traffic {
   kRequest,    // taken by a device
-  kUnclaimed,  // heard, and taken by none
-  kGarbled,    // sent by the near end at another speed than that of the devices
-  kReply,      // as it goes onto the wire, injuries included
+  kUnclaimed,  // received, but taken by no device
+  kGarbled,    // sent by the near end at another speed than the devices'
+  kReply,      // as sent, after faults
 };
 
-// A serial line with devices on it, like an RS-485 bus: all hear what the near end sends, and the first that takes a
-// request answers it. The near end is opened by its path like any serial line.
+// A serial line with devices on it, like an RS-485 bus: every device receives what the near end sends, and the first
+// one that takes a request answers it. The near end is opened by its path like any serial line.
 class Line {
  public:
   using Listener = std::function<void(Traffic, std::span<const BYTE>)>;
@@ -41,7 +41,7 @@ class Line {
   Line(const Line&) = delete;
   Line& operator=(const Line&) = delete;
 
-  // Hangs a device on the line, which owns it from now on. Before Start().
+  // Adds a device to the line, which then owns it. Call it before Start().
   template <typename T>
   T& Add(std::unique_ptr<T> device) {
     T& added = *device;
@@ -49,16 +49,16 @@ class Line {
     return added;
   }
 
-  // Is told, on the line's own thread, of all that passes. Before Start().
+  // Sets a function that is called for all traffic, on the line's own thread. Call it before Start().
   void SetListener(Listener listener) { listener_ = std::move(listener); }
 
-  // May be called at any time.
+  // Thread-safe; can be called at any time.
   void SetFaults(Faults faults);
 
-  // Makes the line and starts serving it. False when the system has no line left.
+  // Opens the line and starts its thread. Returns false when the system has no pseudo-terminal left.
   bool Start();
 
-  // Ends serving and hangs the line up: the near end sees a pulled adapter. Does nothing when not started.
+  // Stops the thread and hangs up: the near end sees a pulled adapter. Does nothing when not started.
   void Stop();
 
   // Path of the near end; empty when not started.
@@ -81,7 +81,7 @@ class Line {
   std::mutex faults_mutex_;
   Faults faults_;
   PseudoTerminal terminal_;
-  Bytes received_;  // heard and not taken yet
+  Bytes received_;  // received and not taken yet
   std::jthread thread_;
 };
 

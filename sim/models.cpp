@@ -51,7 +51,7 @@ constexpr Model kModels[] = {
     {SERDAT_CAMERA_3GE, "streams its picture",                             MakeWithoutAddress<Camera3ge>   },
     {SERDAT_ALARM,      "",                                                MakeWithoutAddress<AlarmBoard>  },
     {SERDAT_MONITOR,    "",                                                MakeWithoutAddress<Display>     },
-    {SERDAT_DI,         "a file stands for the input device",              nullptr                         },
+    {SERDAT_DI,         "a file replaces the input device",                nullptr                         },
 };
 
 constexpr bool EveryKindIsPlayed() {

@@ -9,11 +9,11 @@
 
 namespace fieldline::sim {
 
-// Who plays a kind.
+// The simulated device for a kind.
 struct Model {
   ENUM_SERDATKIND kind;
-  std::string_view note;  // what it can do that its kind doesn't tell; may be empty
-  // Null for the unit's own inputs, which are on no line: see DigitalInputs.
+  std::string_view note;  // details beyond the kind's description; may be empty
+  // Null for the unit's own inputs, which have no line: see DigitalInputs.
   std::unique_ptr<Device> (*make)(BYTE address);
 };
 
@@ -22,7 +22,7 @@ std::span<const Model> Models();
 
 const Model& ModelOf(const Kind& kind);
 
-// A device of a kind that has a line.
+// Creates the simulated device for a kind, which must have a line.
 std::unique_ptr<Device> Make(const Kind& kind, BYTE address);
 
 }  // namespace fieldline::sim

@@ -112,7 +112,7 @@ void Room::Seed(std::uint32_t seed) {
 
 void Room::SetFaults(std::string_view line, std::vector<FaultRule> rules) {
   const auto found = std::ranges::find(lines_, line, &NamedLine::name);
-  // Lines that have the same rules are not hit at the same replies.
+  // Each line has its own seed: lines with the same rules are hit at different replies.
   const auto seed = seed_ + static_cast<std::uint32_t>(found - lines_.begin());
   found->line->SetFaults(Faults(seed, std::move(rules)));
 }

@@ -16,15 +16,15 @@
 namespace fieldline::sim {
 
 struct RoomLine {
-  std::string_view name;  // the unit's own, without the final colon: ESL3
-  std::uint32_t baud;     // bit/s, with n,8,1; 0 for the unit's own inputs, which are no serial line
+  std::string_view name;  // the unit's name for it, without the final colon: ESL3
+  std::uint32_t baud;     // bit/s, with n,8,1; 0 for the unit's own inputs, which have no serial line
 };
 
 struct RoomDevice {
-  std::string_view name;  // what it is called in this room; unique
+  std::string_view name;  // unique in this room
   std::string_view line;
   const Kind* kind;
-  int address;  // 0 where the protocol has none
+  int address;  // 0 when the protocol has no addresses
 };
 
 struct RoomLayout {
@@ -38,38 +38,39 @@ RoomLayout MachineRoom();
 // The line of a device of the layout.
 const RoomLine& LineOf(const RoomLayout& layout, const RoomDevice& device);
 
-// The devices of a layout on their lines. One thread uses a room.
+// The simulated devices of a layout, on their lines. Not thread-safe: one thread uses a room.
 class Room {
  public:
-  // The names in the layout must outlive the room. The file of the unit's own inputs is made in `scratch`, an existing
-  // directory, by Start().
+  // The names in the layout must outlive the room. Start() creates the file of the unit's own inputs in `scratch`, an
+  // existing directory.
   Room(const RoomLayout& layout, const std::filesystem::path& scratch);
 
-  // Starts every line. False when the system has no line left or `scratch` can't be written.
+  // Starts every line. Returns false when the system has no pseudo-terminal left or `scratch` can't be written.
   bool Start();
 
-  // Null when the layout has no device of that name. The unit's own inputs have values, but are no device on a line.
+  // Null when the layout has no device of that name. For the unit's own inputs, FindDevice returns null and FindValues
+  // returns their values.
   Device* FindDevice(std::string_view name);
   Values* FindValues(std::string_view device);
 
-  // Sets a value of a device of the layout, see Values::Set. Values that are set past this reach the devices on lines,
-  // but not the unit's own inputs.
+  // Sets a value of a device of the layout; see Values::Set. The unit's own inputs must be set here, because this also
+  // writes their file.
   bool Set(std::string_view device, std::string_view value, std::string_view text, std::string* error);
 
-  // Null when the layout has no serial line of that name. Stopping and starting it unplugs and replugs it; its path
-  // may be another one then.
+  // Null when the layout has no serial line of that name. Stopping the line unplugs it, starting it plugs it in again,
+  // perhaps with another path.
   Line* FindLine(std::string_view name);
 
-  // What opens the line or the inputs; empty while the line is unplugged.
+  // Path of the line or of the inputs; empty while the line is unplugged.
   std::string Path(std::string_view line) const;
 
-  // From now on drift and faults follow from this seed.
+  // Sets the seed of the drift, and of the faults that are set from now on.
   void Seed(std::uint32_t seed);
 
   // Replaces the faults of a serial line of the layout.
   void SetFaults(std::string_view line, std::vector<FaultRule> rules);
 
-  // Lets the values of all devices wander for `seconds`.
+  // Moves the drift of all devices forward by `seconds`.
   void Drift(double seconds);
 
  private:

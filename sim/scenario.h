@@ -20,24 +20,24 @@ struct Setting {
 
 struct LineFaults {
   std::string line;
-  std::vector<FaultRule> rules;  // in place of those that it had
+  std::vector<FaultRule> rules;  // replace the earlier rules of the line
 };
 
-// What happens at one moment, in the order of the members.
+// Changes at one point in time, in the order of the members.
 struct ScenarioEvent {
   std::chrono::milliseconds at{0};  // from the start
-  std::string note;                 // for people
+  std::string note;                 // for display
   std::vector<Setting> settings{};
   std::vector<LineFaults> faults{};
   std::vector<std::string> unplugged{};  // lines
   std::vector<std::string> replugged{};  // lines
 };
 
-// What befalls a room. Its names and values fit the room that it is played in.
+// What happens in a room. The names and values must fit the room in which it is played.
 struct Scenario {
   std::optional<std::uint32_t> seed{};
   bool drift = false;
-  std::vector<ScenarioEvent> events{};  // in order of their time
+  std::vector<ScenarioEvent> events{};  // sorted by time
 };
 
 class ScenarioPlayer {
@@ -45,8 +45,8 @@ class ScenarioPlayer {
   // Both must outlive the player.
   ScenarioPlayer(const Scenario& scenario, Room& room) : scenario_(scenario), room_(room) {}
 
-  // Applies to the room what is due `elapsed` after the start and was not applied yet, drift included. Returns the
-  // events that were, valid while the scenario lives. `elapsed` never falls.
+  // Applies everything that is due `elapsed` after the start and was not applied yet, including drift. Returns the
+  // events that were applied, valid while the scenario lives. `elapsed` must not decrease.
   std::span<const ScenarioEvent> Advance(std::chrono::milliseconds elapsed);
 
  private:

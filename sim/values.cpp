@@ -86,7 +86,7 @@ bool Values::Set(std::string_view name, std::string_view text, std::string* erro
   double number = 0;
   const char* end = text.data() + text.size();
   const auto parsed = std::from_chars(text.data(), end, number);
-  const bool in_range = number >= value.minimum && number <= value.maximum;  // false for a not-a-number
+  const bool in_range = number >= value.minimum && number <= value.maximum;  // false for not-a-number
   if (parsed.ec != std::errc() || parsed.ptr != end || !in_range) {
     *error = value.name + ": '" + std::string(text) + "' is not a number from " + Range(value);
     return false;

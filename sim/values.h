@@ -15,40 +15,41 @@ struct Value {
   std::string unit{};
   double minimum = 0;
   double maximum = 0;
-  int decimals = 0;  // of the number as the device sends it; a number is always rounded to them
+  int decimals = 0;  // as the device sends it; numbers are always rounded to them
   double number = 0;
-  double drift = 0;  // how far the number wanders from what was set last, in its unit; 0 for what doesn't wander
+  double drift = 0;            // largest distance from the number last set, in its unit; 0: no drift
   std::size_t max_length = 0;  // bytes
   std::string text{};
-  bool read_only = false;  // what the device reports about itself, such as the page that a display shows
+  bool read_only = false;  // set only by the device itself, such as the page that a display shows
 };
 
-// The values of one device, in the order in which they were added. Every operation may be called from any thread.
+// The values of one device, in the order in which they were added. Thread-safe.
 class Values {
  public:
   void Add(Value value);
 
   std::vector<Value> List() const;
 
-  // The value of that name, which must have been added.
+  // The value of that name, which must exist.
   double Number(std::string_view name) const;
   std::string Text(std::string_view name) const;
 
-  // Number(name) x factor, rounded: what a device that sends tenths (factor 10) puts into a register.
+  // Number(name) x factor, rounded to a whole number: with factor 10, the register of a device that sends tenths.
   long Scaled(std::string_view name, double factor) const;
 
-  // Sets a value from outside. False, with the reason and what was expected in *error, when there is no such value,
-  // when it is read only, and for a number that is none or out of range or a text that is too long.
+  // Sets a value from outside. Returns false, with the reason and the expected input in *error, when there is no such
+  // value, when it is read-only, when the text is not a number or out of range, and when a text is too long.
   bool Set(std::string_view name, std::string_view text, std::string* error);
 
-  // For the device itself: read-only values too. A number is brought into its range, a text is cut.
+  // For the device itself; also for read-only values. A number is clamped to its range, a text is truncated.
   void PutNumber(std::string_view name, double number);
   void PutText(std::string_view name, std::string_view text);
 
-  // Period and direction in which each value drifts follow from the seed.
+  // Sets the seed from which each value gets the period and direction of its drift.
   void SeedDrift(std::uint32_t seed);
 
-  // Lets `seconds` pass. Where the numbers are then depends on the time passed since each was set, not on its slices.
+  // Moves the drift forward by `seconds`. The result depends only on the total time since a number was set, not on the
+  // number of calls.
   void Drift(double seconds);
 
  private:
@@ -56,7 +57,7 @@ class Values {
     Value value;
     double base = 0;       // the number last set, around which it drifts
     double since_set = 0;  // s
-    double period = 0;     // s; negative when it falls first
+    double period = 0;     // s; negative when the number falls first
   };
 
   std::size_t Find(std::string_view name) const;  // entries_.size() when there is none
@@ -68,7 +69,7 @@ class Values {
   std::uint32_t seed_ = 1;
 };
 
-// The number with the decimals of `value`, or its text.
+// The value as text; a number with its decimals.
 std::string ToText(const Value& value);
 
 }  // namespace fieldline::sim

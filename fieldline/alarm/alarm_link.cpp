@@ -24,16 +24,16 @@ constexpr unsigned long kMmsBlock = 256;
 constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 
-// How the head of a reply, its start mark and payload length, is judged.
+// How the head of a reply (start mark and payload length) is checked.
 enum class Head {
-  kAnnounces,  // the body is as long as it says; the start mark is not looked at
-  kCapped,     // the same, but a payload longer than what is taken counts as just that long
-  kExact,      // AA and the length of what is taken, to the byte
+  kAnnounces,  // the payload has the announced length; the start mark is not checked
+  kCapped,     // the same, but a length above `taken` counts as `taken`
+  kExact,      // must be AA and exactly the length `taken`
 };
 
 struct Command {
   BYTE code;
-  int taken;  // first payload bytes of the reply that are handed back; a reply with fewer fails
+  int taken;  // number of payload bytes used, from the first on; a reply with fewer fails
   Head head = Head::kAnnounces;
 };
 
@@ -64,7 +64,7 @@ bool ReadAll(BYTE* buffer, int count) {
   return alm_link_ops.read(buffer, count, &received) == 0 && received == count;
 }
 
-// Length of the payload that follows the head, or -1 for a head that is refused.
+// Length of the payload after this head, or -1 when the head is refused.
 int PayloadLength(const Command& command, const BYTE* head) {
   const int announced = head[1] * 256 + head[2];
   switch (command.head) {
@@ -78,7 +78,7 @@ int PayloadLength(const Command& command, const BYTE* head) {
   return announced <= kReplyPayloadCapacity ? announced : -1;
 }
 
-// Sends the request and checks the reply. On success the payload bytes that the command takes are copied to `taken`.
+// Sends the request and checks the reply. On success, copies the payload bytes that the command uses to `taken`.
 int Exchange(const Command& command, const BYTE* payload = nullptr, int length = 0, BYTE* taken = nullptr) {
   if (!alm_link_ops.port) return kFailure;
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Keeps the board for one operation.
+// Holds the lock during one operation.
 class Turn {
  public:
   explicit Turn(IHubAlarm* alarm) : alarm_(alarm) { alarm_->Lock(); }

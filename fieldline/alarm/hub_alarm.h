@@ -5,20 +5,20 @@
 #include "fieldline/alarm/i_hub_alarm.h"
 #include "fieldline/sensor/sensor_base.h"
 
-// The alarm board: one object for the process, kind SERDAT_ALARM. See IHubAlarm for the operations. As a driver it
-// polls nothing (GetData returns 0) and has no record.
+// The alarm board, kind SERDAT_ALARM; one object per process. See IHubAlarm for the functions. As a driver it polls
+// nothing (GetData returns 0) and has no record.
 class FIELDLINE_API CHubAlarm : public CSensorBase, public IHubAlarm {
  public:
-  // The one object, made on first use, without a port. Null when memory is short; a later call tries again. Called at
+  // The only object, created on first use without a port. Null when out of memory; a later call tries again. Call it at
   // start-up, on one thread.
   static CHubAlarm* GetInstance();
 
-  // Destroys the object. Its port stays open and installed: the next object's InitHandler closes it. Called at
-  // shut-down, on one thread, with no operation under way. Deleting the object through its CSensorBase part does the
+  // Destroys the object. Its port stays open and installed; InitHandler of the next object closes it. Call it at
+  // shut-down, on one thread, while no operation is running. Deleting the object through its CSensorBase part does the
   // same.
   static void FreeInstance();
 
-  // Member by member, but a copy has a lock of its own. Nobody tells a copy that its port was destroyed.
+  // Copies every member except the lock: a copy has its own. When a port is destroyed, copies are not told.
   CHubAlarm(const CHubAlarm& other);
   CHubAlarm& operator=(const CHubAlarm& other);
 
@@ -53,7 +53,7 @@ class FIELDLINE_API CHubAlarm : public CSensorBase, public IHubAlarm {
   CHubAlarm();
   ~CHubAlarm() override;
 
-  // For whoever destroys `port`: neither the object nor the link holds it from now on. The port is not touched.
+  // Called before `port` is destroyed: removes it from the object and from the link. Does not use the port.
   static void ForgetPort(const ISerBase* port);
 
   static CHubAlarm* m_pInstance;

@@ -7,13 +7,13 @@ ISerBase* CHubMonitor::m_pHandler = nullptr;
 
 namespace {
 
-// A frame: A5 5A, the number of bytes that follow, a command, its data. Numbers travel high byte first.
+// A frame: A5 5A, the number of bytes that follow, a command, its data. 16-bit numbers are sent high byte first.
 constexpr BYTE kHeader[] = {0xA5, 0x5A};
 constexpr BYTE kWriteRegisters = 0x80;
 constexpr BYTE kWriteVariables = 0x82;
 
 constexpr BYTE kPageRegister = 0x03;
-constexpr BYTE kClockRegister = 0x1F;  // a flag that the clock is to be set, then the clock
+constexpr BYTE kClockRegister = 0x1F;  // the flag that sets the clock, then the clock
 constexpr BYTE kSetClock = 0x5A;
 
 constexpr BYTE High(unsigned short value) { return static_cast<BYTE>(value >> 8); }

@@ -4,8 +4,7 @@
 
 namespace fieldline {
 
-// Milliseconds since some moment in the past, on a clock that is never set; wraps at 32 bits. Differences are taken
-// without sign.
+// Milliseconds on a monotonic clock with an arbitrary start. Wraps at 32 bits: subtract two values as unsigned numbers.
 std::uint32_t TickMs();
 
 // Sleeps for at least `ms` milliseconds; a signal does not shorten it.

@@ -2,7 +2,7 @@
 
 namespace fieldline {
 
-// What a command-line program asks of the terminal it was started on. Used by the command; not part of the library.
+// The terminal that a command-line program was started on. Used by the command; not part of the library.
 
 enum class Stream { kInput, kOutput, kError };
 
@@ -13,14 +13,14 @@ struct TerminalSize {
   int rows;
 };
 
-// Of the terminal on `stream`; 80 columns and 24 rows where there is none.
+// Size of the terminal on `stream`; 80 columns and 24 rows when it is not a terminal.
 TerminalSize SizeOfTerminal(Stream stream);
 
-// From now on Ctrl-C and a termination request set a flag in place of ending the program; a second one ends it.
+// From now on Ctrl-C or a termination request sets a flag instead of ending the program. A second one ends the program.
 void CatchInterrupts();
 bool Interrupted();
 
-// Sleeps up to `ms`; returns early, with false, when interrupted.
+// Sleeps for at most `ms` milliseconds. Returns early, with false, when interrupted.
 bool SleepUnlessInterrupted(int ms);
 
 }  // namespace fieldline

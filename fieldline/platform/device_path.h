@@ -5,7 +5,7 @@
 namespace fieldline {
 
 // The path that is opened for a device name (see device_name.h), in UTF-8; empty when the name has none. For programs
-// that tell a person of it; not part of the library.
+// that show it to their user; the library does not export it.
 std::string DevicePath(const wchar_t* device);
 
 // The number of another process that has the path open, 0 when there is none or the system does not tell. Not part of

@@ -6,20 +6,20 @@
 
 namespace fieldline {
 
-// Sets the directory that stands for the root of the flash file system: "\NandFlash\www\a" becomes
-// <directory>/NandFlash/www/a. UTF-8; copied. Null restores the default "/". Returns 1, or 0 (nothing changed) when
-// memory is short. May be called from any thread.
+// Sets the directory that serves as root of the flash file system: "\NandFlash\www\a" becomes
+// <directory>/NandFlash/www/a. UTF-8; copied. Null restores the default "/". Returns 1; 0, with nothing changed, when
+// out of memory. Thread-safe.
 FIELDLINE_API int SetFlashRoot(const char* directory);
 
-// A file on the flash file system that is written once, front to back. A handle, not an owner: Close() it.
+// A file on the flash file system, written once from start to end. A handle, not an owner: call Close().
 class File {
  public:
   // Creates the file, or empties an existing one. `path` is absolute on the flash file system, with backslashes.
-  // False when it can't be created; directories are never made.
+  // Returns false when the file can't be created. Never creates directories.
   bool Create(const char16_t* path);
 
-  // Returns the number of bytes written: fewer than `count` when the disk is full, -1 on any other failure, a write that
-  // takes no byte among them, or when the file is not open.
+  // Returns the number of bytes written: fewer than `count` when the disk is full; -1 on any other failure (also when a
+  // write takes no byte) and when the file is not open.
   int Write(const BYTE* data, int count);
 
   // Does nothing when not open.

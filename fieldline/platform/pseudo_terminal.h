@@ -6,8 +6,8 @@
 
 namespace fieldline {
 
-// The far end of a serial line that exists in software only: what a simulated device holds while the near end is
-// opened like any serial line by its path. Used by the simulator and by tests; not part of the library.
+// The far end of a serial line in software. A simulated device uses the far end; the near end is opened by its path
+// like any serial line. Used by the simulator and by tests; not part of the library.
 class PseudoTerminal {
  public:
   PseudoTerminal() = default;
@@ -15,10 +15,11 @@ class PseudoTerminal {
   PseudoTerminal(const PseudoTerminal&) = delete;
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-  // Makes a new line. False when the system has none left.
+  // Creates a new line. Returns false when the system has none left.
   bool Open();
 
-  // Hangs up: whoever has the near end open sees what a pulled adapter shows. Does nothing when closed.
+  // Hangs up: a program that has the near end open sees the same as when an adapter is pulled. Does nothing when
+  // closed.
   void Close();
 
   bool IsOpen() const { return far_ != kInvalidHandle; }
@@ -26,22 +27,22 @@ class PseudoTerminal {
   // Path of the near end; empty when closed.
   const char* Path() const { return path_; }
 
-  // Waits at most `wait_ms` for bytes and returns those that are there, up to `capacity`; 0 when none came, -1 when
-  // the line is closed or failed.
+  // Waits at most `wait_ms` ms for bytes. Returns the number of bytes read, up to `capacity`; 0 when there are none; -1
+  // when the line is closed or failed.
   int Read(BYTE* data, int capacity, int wait_ms);
 
-  // Puts bytes on the line at once. Returns how many the line took, or -1.
+  // Writes bytes without waiting. Returns how many the line took, or -1.
   int Write(const BYTE* data, int count);
 
-  // Speed that the near end has set, in bit/s, 0 when it can't be told. The near end's parity and character size do
-  // not exist on a pseudo-terminal.
+  // Speed set at the near end, in bit/s; 0 when unknown. A pseudo-terminal has no parity and no character size.
   std::uint32_t Baud() const;
 
  private:
   static constexpr std::intptr_t kInvalidHandle = -1;
 
   std::intptr_t far_ = kInvalidHandle;
-  std::intptr_t near_ = kInvalidHandle;  // held open so that the far end survives users who come and go
+  std::intptr_t near_ =
+      kInvalidHandle;  // kept open, so that the far end still works after users of the near end close it
   char path_[64] = {};
 };
 

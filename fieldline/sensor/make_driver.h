@@ -4,7 +4,7 @@
 
 namespace fieldline {
 
-// A new driver of a kind, the caller's. Null for a kind that is not polled, and when memory is short.
+// Creates a driver of this kind; the caller owns it. Null for a kind that is not polled and when out of memory.
 CSensorBase* MakeDriver(ENUM_SERDATKIND kind);
 
 }  // namespace fieldline

@@ -5,10 +5,11 @@
 #include "fieldline/serial/i_ser_base.h"
 #include "fieldline/types.h"
 
-// Modbus RTU as master: checksum, byte order, and the check of a reply. Requests are built by CSensorBase::ModBusCmd.
+// Modbus RTU master: checksum, byte order, read requests, and the check of a reply. Drivers build their requests with
+// CSensorBase::ModBusCmd.
 
-// CRC-16 of Modbus RTU (initial value 0xFFFF, reflected polynomial 0xA001) over `length` bytes; 0xFFFF for none. Sent
-// low byte first.
+// CRC-16 of Modbus RTU (initial value 0xFFFF, reflected polynomial 0xA001) over `length` bytes; 0xFFFF when `length` is
+// 0. Sent low byte first.
 WORD CRC16(const BYTE* data, BYTE length);
 
 // Unsigned numbers from 2 or 4 bytes, most (BE) or least (LE) significant byte first.
@@ -31,22 +32,22 @@ constexpr int kModbusCrcLength = 2;
 constexpr int RegisterReplyLength(int registers) { return kModbusHeadLength + 2 * registers + kModbusCrcLength; }
 constexpr int BitReplyLength(int bits) { return kModbusHeadLength + (bits + 7) / 8 + kModbusCrcLength; }
 
-// Writes the 8 bytes of a read request, here 2 holding registers from register 0 of device 1, and returns 8:
+// Writes the 8 bytes of a read request and returns 8. Here: 2 holding registers from register 0 of device 1.
 //
 //   01      03        00 00     00 02  C4 0B
 //   device  function  register  count  CRC, low byte first
 int BuildModbusRead(BYTE* request, BYTE addr, BYTE func, WORD reg, WORD count);
 
-// Where a reply's checksum is looked for.
+// Where the checksum of a reply is.
 enum class CrcPlace {
   kLastTwoBytes,
-  kBehindByteCount,  // right behind the data that the reply's byte count announces; what follows is ignored
+  kBehindByteCount,  // right after the data, whose length is the reply's byte count; later bytes are ignored
 };
 
-// Reads a reply into `buffer`: asks the port for `ask` bytes and accepts `least` or more (at least 5) whose checksum
-// is right. With kBehindByteCount the frame that the byte count announces must have `least` bytes, too, and have come
-// whole. The checksum covers at most 255 bytes: (n - 2) mod 256 of a reply of n. Address, function and byte count are
-// not compared with the request. Returns the number of bytes received, 0 for a reply that is refused.
+// Reads a reply into `buffer`. Asks the port for `ask` bytes and accepts `least` bytes or more (at least 5) with a
+// correct checksum. With kBehindByteCount, the frame that the byte count announces must also have `least` bytes and be
+// complete. The checksum covers at most 255 bytes: the first (n - 2) mod 256 bytes of a frame of n. Address, function
+// and byte count are not compared with the request. Returns the number of bytes received, 0 when the reply is refused.
 //
 // The reply to the request above, register 0 = 0x0123 and register 1 = 0xFEDC:
 //
@@ -54,14 +55,14 @@ enum class CrcPlace {
 //   device  function  byte count  register 0  register 1  CRC, low byte first
 int ReadModbusReply(ISerBase* port, BYTE* buffer, int ask, int least, CrcPlace place);
 
-// A reply on the stack: asks for kAsk bytes, accepts kLeast or more. Registers and bits are counted from the first one
-// that was asked for; what is decoded must lie within kLeast.
+// A reply, with its buffer on the stack. Asks for kAsk bytes and accepts kLeast or more. Registers and bits are
+// numbered from the first one requested; only those within kLeast bytes may be decoded.
 template <int kAsk, int kLeast = kAsk, CrcPlace kPlace = CrcPlace::kLastTwoBytes>
 class ModbusReply {
  public:
   static_assert(kLeast >= kModbusHeadLength + kModbusCrcLength && kAsk >= kLeast);
 
-  // Number of whole registers that every accepted reply carries.
+  // Number of whole registers in every accepted reply.
   static constexpr int kRegisters = (kLeast - kModbusHeadLength - kModbusCrcLength) / 2;
 
   bool Read(ISerBase* port) { return ReadModbusReply(port, bytes_, kAsk, kLeast, kPlace) != 0; }
@@ -73,7 +74,7 @@ class ModbusReply {
   std::uint32_t DoubleRegister(int k) const { return GetDwordBE(At(k)); }
   // Coil or discrete input j, 0 or 1.
   BYTE Bit(int j) const { return static_cast<BYTE>(bytes_[kModbusHeadLength + j / 8] >> (j % 8) & 1); }
-  // The data bytes, behind the byte count.
+  // The data bytes, after the byte count.
   const BYTE* data() const { return bytes_ + kModbusHeadLength; }
 
  private:

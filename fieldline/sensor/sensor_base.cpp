@@ -6,9 +6,9 @@
 
 #include "fieldline/sensor/modbus.h"
 
-// Records are stored as the processor stores numbers, and applications read them little-endian.
+// Records hold numbers in the processor's byte order, and applications read them as little-endian.
 static_assert(std::endian::native == std::endian::little);
-// Applications of the 32-bit unit find a record at byte 152 of its driver.
+// Applications on the 32-bit unit read the record at byte 152 of its driver.
 static_assert(sizeof(void*) != 4 || sizeof(CSensorBase) == 152);
 static_assert(sizeof(ENUM_SERDATKIND) == 4 && sizeof(ENUM_SERTYPE) == 4);
 

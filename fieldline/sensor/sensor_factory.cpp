@@ -23,14 +23,14 @@ CSensorFactory::~CSensorFactory() {
 }
 
 CSensorBase* CSensorFactory::GetSensor(ENUM_SERDATKIND kind) {
-  // Never registered: they may be gone before this factory is.
+  // Never registered: they may be destroyed before this factory.
   if (kind == SERDAT_MONITOR) return CHubMonitor::GetInstance();
   if (kind == SERDAT_ALARM) return CHubAlarm::GetInstance();
 
   for (CSensorBase* sensor : m_arrSensor) {
     if (sensor->GetKind() == kind) return sensor;
   }
-  // These two the application constructs itself.
+  // The application constructs these two itself.
   if (kind == SERDAT_CARD_K || kind == SERDAT_CAMERA_3GE) return nullptr;
   CSensorBase* const made = fieldline::MakeDriver(kind);
   const int index = RegisterSensor(made);

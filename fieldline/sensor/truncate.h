@@ -6,15 +6,15 @@
 
 namespace fieldline {
 
-// `value` as a double has it, also where the processor computes with more digits than that (x87): a product that a
-// double rounds up to a whole number must not stay just below it.
+// `value` rounded to double precision. The x87 computes with more digits: there, a product that a double rounds up to a
+// whole number would stay just below it.
 inline double RoundToDouble(double value) {
   if constexpr (FLT_EVAL_METHOD == 0) return value;
   volatile double stored = value;
   return stored;
 }
 
-// `value` without its fraction; what lies beyond the range of Integer stops at its bound, and a not-a-number gives 0.
+// `value` truncated to a whole number. Values outside the range of Integer are clamped; not-a-number gives 0.
 template <class Integer>
 Integer Truncate(double value) {
   using Limits = std::numeric_limits<Integer>;

@@ -17,7 +17,7 @@ ISerBase* MakePort(ENUM_SERTYPE type) {
   return has_port ? new (std::nothrow) CSerBase(type) : nullptr;
 }
 
-// Ports have no virtual destructor; what a port is follows from its type.
+// Destroys a port as an object of its own class: ports have no virtual destructor. The type tells the class.
 template <class Port>
 void DestroyAs(ISerBase* port) {
   auto* const made = static_cast<Port*>(port);

@@ -5,7 +5,7 @@
 
 #include "fieldline/sensor/sensor_factory.h"
 
-// A class with virtual functions has no standard layout; the compilers lay its members out like any other's.
+// offsetof is not defined for a class with virtual functions, but the compilers lay out its members as usual.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 #define FIELDLINE_DISTANCE(member) (offsetof(CHubSerTest, member) - offsetof(CHubSerTest, m_datEnvir))

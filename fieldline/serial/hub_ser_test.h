@@ -10,19 +10,19 @@
 #include "fieldline/drivers/power/sensor_ups.h"
 #include "fieldline/serial/ser_base.h"
 
-// The port for tests and commissioning, type SER_TEST: Open(null) opens COM6: at 2400 bit/s. It polls any driver
-// through itself and keeps what the main ones read.
+// The port for tests and commissioning, type SER_TEST. Open(null) opens COM6: at 2400 bit/s. GetData polls any driver
+// of the sensor factory through this port and keeps a copy of the main records.
 class FIELDLINE_API CHubSerTest : public CSerBase {
  public:
   CHubSerTest();
 
-  // Polls the driver that the sensor factory has for `kind` (an ENUM_SERDATKIND) at device address `addr`; the driver
-  // is polled through no other port meanwhile. 1 when the poll succeeded: the record of kinds 1 to 7 and 12 is copied
-  // to its place below then. 0 when it failed, for a kind without a driver and when memory is short: the copies stay as
-  // they were.
+  // Polls the sensor factory's driver for `kind` (an ENUM_SERDATKIND) at device address `addr`. The driver must not be
+  // polled through another port meanwhile. Returns 1 when the poll succeeded; the record of kinds 1 to 7 and 12 is then
+  // copied to its member below. Returns 0 when the poll failed, for a kind without a driver, and when out of memory;
+  // the copies are then unchanged.
   int GetData(int kind, int addr) override;
 
-  // The record of the last poll of each kind that succeeded, zero before it. They follow each other without gaps.
+  // The record of each kind's last successful poll, zero before the first. The members follow each other without gaps.
   ENVIR_DATA m_datEnvir = {};
   LEAK_DATA m_datLeak = {};
   ELEC_DATA m_datElec = {};

@@ -2,14 +2,14 @@
 
 #include "fieldline/types.h"
 
-// Implemented by the application, to be told of every block of bytes that passes through a port. Called on the thread
-// that reads or writes, inside Read or Write, with the caller's own buffer, which is valid during the call only. An
-// observer may insert and remove observers, itself included.
+// Implemented by the application to see every block of bytes that a port reads or writes. Called inside Read or Write,
+// on the thread that called it. `data` is that caller's buffer and is valid only during the call. An observer may
+// insert and remove observers, including itself.
 class ISerObserver {
  public:
-  // After a read that returned `count` bytes, at least one.
+  // Called after a read that returned `count` bytes, at least one.
   virtual void OnSerRead(const BYTE* data, int count) = 0;
-  // After a write that wrote `count` bytes, at least one.
+  // Called after a write that wrote `count` bytes, at least one.
   virtual void OnSerWrite(const BYTE* data, int count) = 0;
 
  protected:

@@ -8,8 +8,8 @@ namespace {
 
 constexpr int kFields = 4;
 
-// Leaves *number alone when `field` does not begin with a digit behind its blanks. A number too large for the type
-// stops at its bound, which no line can do.
+// Reads the number after the blanks of `field`. Leaves *number unchanged when there is no digit. A number too large for
+// the type is clamped; no line supports that value.
 void ReadNumber(std::wstring_view field, std::uint32_t* number) {
   const std::size_t first = field.find_first_not_of(L" \t");
   if (first == field.npos || field[first] < L'0' || field[first] > L'9') return;
@@ -71,7 +71,7 @@ bool ParseLineSettings(const wchar_t* definition, LineSettings* settings) {
   LineSettings parsed;
   int fields = 0;
   while (!rest.empty()) {
-    // The last character of the text belongs to its field even when it is a comma.
+    // A comma at the very end of the text is part of the last field, not a separator.
     std::size_t comma = rest.find(L',');
     if (comma + 1 == rest.size()) comma = rest.npos;
     const std::wstring_view field = rest.substr(0, comma);

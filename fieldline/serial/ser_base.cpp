@@ -41,8 +41,8 @@ void BuildDefinition(ENUM_SERTYPE type, int port, int baud, wchar_t* out) {
 
 }  // namespace
 
-// One walk along the observers. Walks nest when an observer uses the port; each is known to the port while it lasts, so
-// that a removal can move its place.
+// One notification of all observers. Notifications nest when an observer uses the port. The port knows all that are
+// running, so that a removed observer can shift their positions.
 class CSerBase::Telling {
  public:
   explicit Telling(CSerBase* port) : port_(port), outer_(port->m_pTelling), end_(port->m_arrObserver.size()) {}

@@ -6,13 +6,12 @@
 #include "fieldline/platform/serial_device.h"
 #include "fieldline/serial/i_ser_base.h"
 
-// A port over a serial line of the operating system.
-//
-// Destroying a port leaves its line open; Close() it first. See ISerBase for the operations.
+// A port on a serial line of the operating system. The destructor does not close the line: call Close() first. See
+// ISerBase for the functions.
 class FIELDLINE_API CSerBase : public ISerBase {
  public:
-  // Opens nothing. The type settles the port number (1 to 8 for the ESL lines, 7 for the test port, 2 for SER_COM, 1
-  // for any other) and the device name that Open(null) uses: ESL<port>: for types up to 8, COM<port - 1>: above.
+  // Opens nothing. The type sets the port number (1 to 8 for the ESL lines, 7 for the test port, 2 for SER_COM, 1 for
+  // any other type) and the device name that Open(null) uses: ESL<port>: for types up to 8, COM<port - 1>: above.
   CSerBase(ENUM_SERTYPE type = SER_NONE);  // NOLINT(google-explicit-constructor): {} makes one
   CSerBase(const CSerBase&) = delete;
   CSerBase& operator=(const CSerBase&) = delete;
@@ -21,9 +20,10 @@ class FIELDLINE_API CSerBase : public ISerBase {
   ENUM_SERTYPE GetSerType() override;
   wchar_t* GetSerNote() override;
 
-  // A definition without a colon, or of more than 51 characters, is refused and changes nothing. From then on a device
-  // that was open is closed and m_szDef holds the new definition. When the device opens but refuses its settings, or
-  // the definition has other than four fields, the result is 0 and the port stays open: Close() releases it.
+  // A definition without a colon, or with more than 51 characters, is refused and changes nothing. With any other
+  // definition, a device that was open is closed, and m_szDef holds the new definition. When the device opens but
+  // refuses its settings, or the definition does not have four fields, Open returns 0 and the port stays open: call
+  // Close() to release it.
   int Open(const wchar_t* def) override;
 
   int Close() override;
@@ -36,8 +36,8 @@ class FIELDLINE_API CSerBase : public ISerBase {
   int Read(BYTE* data, int count) override;
   int Write(const BYTE* data, int count) override;
 
-  // An observer that is inserted while observers are being told hears of the next block; one that is removed meanwhile
-  // hears no more.
+  // An observer inserted during a notification is called from the next block on. An observer removed during a
+  // notification is not called again.
   int InsertObserver(ISerObserver* observer) override;
   int RemoveObserver(ISerObserver* observer) override;
 

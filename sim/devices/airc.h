@@ -4,8 +4,8 @@
 
 namespace fieldline::sim {
 
-// Controller of an air conditioner. It has 26 input registers, sends them low byte first, and answers a read that asks
-// for more with what it has.
+// Controller of an air conditioner. It has 26 input registers and sends them low byte first. A request for more is
+// answered with these 26.
 class AirConditioner : public ModbusSlave {
  public:
   explicit AirConditioner(BYTE address);

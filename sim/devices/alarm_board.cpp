@@ -39,7 +39,7 @@ BYTE Xor(std::span<const BYTE> bytes) {
                          [](BYTE sum, BYTE byte) { return static_cast<BYTE>(sum ^ byte); });
 }
 
-// The text up to the zero that ends it; the span then starts behind that zero.
+// Returns the text before the terminating zero. The span then starts after that zero.
 std::string TakeText(std::span<const BYTE>* payload) {
   const auto end = std::find(payload->begin(), payload->end(), BYTE{0});
   std::string text(payload->begin(), end);
@@ -61,7 +61,7 @@ std::uint32_t Crc32(std::span<const BYTE> bytes) {
 struct AlarmBoard::Request {
   BYTE command;
   std::span<const BYTE> payload;
-  bool follows;  // what was asked before
+  bool follows;  // in sequence after the previous command
 };
 
 std::string ToText(const AlarmMessage& message) {
@@ -139,7 +139,7 @@ bool AlarmBoard::Follows(BYTE command) const {
   }
 }
 
-// False when the board stays silent.
+// Returns false when the board does not answer.
 bool AlarmBoard::Answer(const Request& request, Bytes* payload) {
   std::span<const BYTE> rest = request.payload;
   switch (request.command) {
@@ -184,7 +184,7 @@ bool AlarmBoard::Answer(const Request& request, Bytes* payload) {
       return true;
     case kMmsBlock:
       mms_data_.insert(mms_data_.end(), rest.begin(), rest.end());
-      // An acknowledgement has no payload; an answer that has one is none.
+      // A block in sequence is acknowledged without payload; a reply with payload is a refusal.
       if (!request.follows) payload->push_back(MmsStatus(false));
       return true;
     case kMmsEnd:
@@ -213,7 +213,7 @@ bool AlarmBoard::Answer(const Request& request, Bytes* payload) {
   }
 }
 
-// What the board says to a step of a transfer; a step that it refuses ends the transfer.
+// The board's status for a step of a transfer. A refused step ends the transfer.
 BYTE AlarmBoard::MmsStatus(bool follows) {
   const BYTE status = follows ? Byte("mms_status") : kRefused;
   if (status != 0) last_command_ = 0;

@@ -11,7 +11,7 @@
 
 namespace fieldline::sim {
 
-// What left the building through an alarm board.
+// An action of the alarm board: a message, a call, speech or a relay change.
 struct AlarmMessage {
   enum class Type { kSms, kMms, kCall, kSpeech, kRelay };
 
@@ -23,7 +23,7 @@ struct AlarmMessage {
   BYTE relay_state = 0;  // relay: its new state
 };
 
-// One line of text. MMS data show as their size and CRC-32, as the crc32 command prints it.
+// The message in one line of text. MMS data are shown as size and CRC-32, in the format of the crc32 command.
 std::string ToText(const AlarmMessage& message);
 
 // Alarm board: frames AA, length, command, payload, XOR checksum, 55. Damaged frames and unknown commands are not
@@ -32,15 +32,15 @@ class AlarmBoard : public Device {
  public:
   AlarmBoard();
 
-  // Is told of each message on the line's own thread. Before the line starts.
+  // Sets a function that is called for each message, on the line's own thread. Call it before the line starts.
   void SetListener(std::function<void(const AlarmMessage&)> listener) { listener_ = std::move(listener); }
 
-  // The latest messages, oldest first. May be called from any thread.
+  // The latest messages, oldest first. Thread-safe.
   std::vector<AlarmMessage> Outbox() const;
 
-  // Frames that came where no undisturbed client sends them: a step of an MMS transfer without the step before it,
-  // anything else in the middle of a transfer, a call or speech whose text was not set by the frame before. May be
-  // called from any thread.
+  // Number of frames out of sequence: a step of an MMS transfer without the step before it, any other frame during a
+  // transfer, or a call or speech without a text set by the frame before. An undisturbed client never sends them.
+  // Thread-safe.
   unsigned OutOfSequence() const { return out_of_sequence_; }
 
   std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
@@ -59,8 +59,8 @@ class AlarmBoard : public Device {
   std::vector<AlarmMessage> outbox_;
   std::atomic<unsigned> out_of_sequence_ = 0;
   BYTE last_command_ = 0;
-  std::string speech_;  // the text that is set
-  Bytes mms_data_;      // of the transfer under way
+  std::string speech_;  // the text set last
+  Bytes mms_data_;      // data of the current MMS transfer
 };
 
 }  // namespace fieldline::sim

@@ -23,7 +23,7 @@ std::string CellName(int number) { return "cell_" + std::to_string(number); }
 
 BatteryMonitor::BatteryMonitor(BYTE address) : HexAsciiDevice({'~', 0x20, address, 0x46}) {
   for (int i = 1; i <= kCells; ++i) {
-    // Cells that differ, so that one in the wrong place is noticed.
+    // The cells differ, so that a value in the wrong place is noticed.
     values().Add(
         {.name = CellName(i), .unit = "V", .maximum = 65.535, .decimals = 3, .number = 2 + 0.01 * i, .drift = 0.005});
   }
@@ -32,7 +32,7 @@ BatteryMonitor::BatteryMonitor(BYTE address) : HexAsciiDevice({'~', 0x20, addres
   }
 }
 
-// Two bytes, the cells, 68 bytes that are 0, three groups of a byte and two numbers, a byte.
+// INFO: two bytes, the cells, 68 zero bytes, three groups of a byte and two numbers, a byte.
 std::optional<std::string> BatteryMonitor::Answer(unsigned command, std::string_view /*info*/) {
   if (command != kReadAnalog) return std::nullopt;
   std::string cells;

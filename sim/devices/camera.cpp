@@ -70,7 +70,7 @@ Bytes Camera::ControlFrame(std::span<const BYTE> data) {
   return Head(kControlFrame, 0);
 }
 
-// One byte into register 0x1204.
+// Writes one byte to register 0x1204.
 Bytes Camera::WriteRegister(std::span<const BYTE> data) {
   if (data.size() != 5) return Head(kWriteRegister, kWrongLength);
   if (Number(data.first(4)) != 0x01011204) return Head(kWriteRegister, kWrongData);
@@ -93,7 +93,8 @@ Bytes Camera::FrameLength(std::span<const BYTE> data) const {
           static_cast<BYTE>(frame_.size() & 0xFF)};
 }
 
-// Frame 0, transfer mode 0A, first byte, number of bytes, pause before them in 0.01 ms (too short to matter).
+// The data: frame 0, transfer mode 0A, first byte, number of bytes, and the pause before them in 0.01 ms, which is
+// ignored.
 Bytes Camera::ReadFrame(std::span<const BYTE> data) const {
   if (data.size() != 12) return Head(kReadFrame, kWrongLength);
   if (frame_.empty()) return Head(kReadFrame, kNotNow);

@@ -4,9 +4,9 @@
 
 namespace fieldline::sim {
 
-// Serial camera with the command set of the VC0706, number 0: commands 56 00 <command> <length> <data>, replies
-// 76 00 <command> <status> ... It knows reset, frame control, writing a register, and a frozen frame's length and
-// bytes; any other command is answered with a status that is not 0.
+// Serial camera with the command set of the VC0706, number 0: commands 56 00 <command> <length> <data>, replies 76 00
+// <command> <status> ... It supports reset, frame control, writing a register, and reading the length and the bytes of
+// a frozen frame. Any other command is answered with a status that is not 0.
 class Camera : public PictureDevice {
  public:
   Camera();
@@ -20,7 +20,7 @@ class Camera : public PictureDevice {
   Bytes FrameLength(std::span<const BYTE> data) const;
   Bytes ReadFrame(std::span<const BYTE> data) const;
 
-  Bytes frame_;  // frozen; empty while frames are updated
+  Bytes frame_;  // the frozen frame; empty while frames are updated
 };
 
 }  // namespace fieldline::sim

@@ -4,7 +4,7 @@
 
 namespace fieldline::sim {
 
-// Card terminal: answers with the card last read, 13 bytes, and a state byte that is 0 when the card is good.
+// Card terminal: answers with the card last read, 13 bytes, and a state byte that is 0 when the card is valid.
 class CardTerminal : public HexAsciiDevice {
  public:
   CardTerminal();

@@ -7,8 +7,8 @@ constexpr struct {
   const char* name;
   unsigned command;
   int count;
-  int bytes;  // of each
-  int first;  // number 1 is this until it is set, and so on upwards
+  int bytes;  // per value
+  int first;  // initial value of number 1; the following ones count up
 } kGroups[] = {
     {"analog",       0x42, 5,  2, 500 },
     {"switch_state", 0x43, 7,  1, 0x11},

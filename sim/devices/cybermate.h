@@ -4,8 +4,8 @@
 
 namespace fieldline::sim {
 
-// Fixed-point monitoring unit: five analog words, seven switch, 26 alarm and ten parameter bytes, each kind with a
-// command of its own.
+// Fixed-point monitoring unit: five analog words, seven switch bytes, 26 alarm bytes and ten parameter bytes. Each
+// group has its own command.
 class Cybermate : public HexAsciiDevice {
  public:
   explicit Cybermate(BYTE address);

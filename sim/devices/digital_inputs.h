@@ -6,11 +6,11 @@
 
 namespace fieldline::sim {
 
-// The unit's own eight digital inputs. They hang on no line: a file stands for the input device, and its one byte for
-// their states, bit i for input i + 1.
+// The unit's own eight digital inputs, which have no line. A file replaces the input device; its one byte holds the
+// states, bit i for input i + 1.
 class DigitalInputs {
  public:
-  // The file is `directory`/eio1; the directory must exist. There is no file before the first Update().
+  // The file is `directory`/eio1; the directory must exist. The first Update() creates the file.
   explicit DigitalInputs(const std::filesystem::path& directory);
   ~DigitalInputs();
   DigitalInputs(const DigitalInputs&) = delete;
@@ -21,8 +21,8 @@ class DigitalInputs {
   // input_1 to input_8. Call Update() after a change.
   Values& values() { return values_; }
 
-  // Brings the file up to date; whoever reads meanwhile gets the old byte or the new one. False when the file can't be
-  // written.
+  // Writes the states to the file. A program that reads it meanwhile gets either the old byte or the new one. Returns
+  // false when the file can't be written.
   bool Update();
 
  private:

@@ -8,9 +8,9 @@ namespace {
 
 enum Command : BYTE { kRegisters = 0x80, kVariables = 0x82 };
 
-// Registers that the display acts on; others are written without effect.
+// Registers that have an effect; writes to others are ignored.
 constexpr BYTE kPage = 0x03;      // and 0x04, high byte first
-constexpr BYTE kSetClock = 0x1F;  // 0x5A to set the clock from the registers behind it
+constexpr BYTE kSetClock = 0x1F;  // 0x5A sets the clock from the registers after it
 constexpr std::size_t kClockLength = 7;
 
 WORD Word(std::span<const BYTE> bytes) { return static_cast<WORD>(bytes[0] * 256 + bytes[1]); }
@@ -63,7 +63,7 @@ std::size_t Display::Hear(std::span<const BYTE> received, bool, std::vector<Repl
   return 3 + length;
 }
 
-// An address and the words from there on.
+// `data` is an address and the words from there on.
 bool Display::WriteVariables(std::span<const BYTE> data) {
   if (data.size() < 4) return false;
   const std::lock_guard lock(variables_mutex_);
@@ -72,7 +72,7 @@ bool Display::WriteVariables(std::span<const BYTE> data) {
   return true;
 }
 
-// A register's number and the bytes from there on.
+// `data` is a register's number and the bytes from there on.
 bool Display::WriteRegisters(std::span<const BYTE> data) {
   if (data.size() == 3 && data[0] == kPage) {
     values().PutNumber("page", Word(data.subspan(1)));

@@ -9,19 +9,19 @@
 
 namespace fieldline::sim {
 
-// Serial display with DGUS frames (A5 5A, length, command, data); it only listens. What it shows is kept as text: its
-// read-only values page and clock, and its variables.
+// Serial display with DGUS frames (A5 5A, length, command, data). It never answers. It keeps what it shows: page and
+// clock as read-only values, and its variables.
 class Display : public Device {
  public:
   Display();
 
-  // The variables that were written, by address. May be called from any thread.
+  // The variables that were written, by address. Thread-safe.
   std::map<WORD, WORD> Variables() const;
 
-  // The display drawn as text, some lines of 40 characters. May be called from any thread.
+  // The display as text, in lines of 40 characters. Thread-safe.
   std::string Screen();
 
-  // Is told, on the line's own thread, when something has changed. Before the line starts.
+  // Sets a function that is called after each change, on the line's own thread. Call it before the line starts.
   void SetListener(std::function<void(Display&)> listener) { listener_ = std::move(listener); }
 
   std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;

@@ -75,7 +75,7 @@ void DualProtoModbus::Refresh() {
 }
 
 DualProtoFrame::DualProtoFrame(BYTE address) : address_(address) {
-  // Values differ until they are set, so that one in the wrong place is noticed.
+  // The initial values differ, so that a value in the wrong place is noticed.
   for (const int place : kWords) {
     values().Add({.name = WordName(place), .maximum = 0xFFFF, .number = 220.0 + place, .drift = 5});
   }

@@ -6,12 +6,11 @@
 
 namespace fieldline::sim {
 
-// The unit that exists in two variants, told apart by the parity of its address: DualProtoModbus at an even address,
-// DualProtoFrame at an odd one.
+// Creates the dual-protocol unit: a DualProtoModbus at an even address, a DualProtoFrame at an odd one.
 std::unique_ptr<Device> MakeDualProto(BYTE address);
 
-// Single-precision numbers in pairs of holding registers, the high half first, and one coil for the state. A number
-// is named after its first register: register_2348 ...
+// The Modbus RTU variant: single-precision numbers in pairs of holding registers, high half first, and one coil for the
+// state. A number is named after its first register: register_2348 ...
 class DualProtoModbus : public ModbusSlave {
  public:
   explicit DualProtoModbus(BYTE address);
@@ -20,12 +19,13 @@ class DualProtoModbus : public ModbusSlave {
   void Refresh() override;
 };
 
-// Answers one 5-byte request with one block of raw bytes:
+// The variant with its own frame: answers a 5-byte request with one block of raw bytes.
 //
-//   request  address 01 02, checksum low byte first: minus the sum of the three bytes before it
+//   request  address 01 02, checksum low byte first: negated sum of the three bytes before it
 //   reply    address 01, length of the body, body
 //
-// Values are named after their place in the body, apart from the state: word_0 (two bytes, low byte first), byte_14 ...
+// Values are named after their position in the body: word_0 (two bytes, low byte first), byte_14 ... Only the state has
+// a name of its own.
 class DualProtoFrame : public Device {
  public:
   explicit DualProtoFrame(BYTE address);

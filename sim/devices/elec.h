@@ -4,7 +4,7 @@
 
 namespace fieldline::sim {
 
-// Power meter with 57 holding registers, a quantity's total and phases side by side.
+// Power meter with 57 holding registers; the total and the phases of a quantity are next to each other.
 class ElecMeter : public PowerMeter {
  public:
   explicit ElecMeter(BYTE address) : PowerMeter(address, kMap) {}

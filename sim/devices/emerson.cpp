@@ -26,7 +26,7 @@ std::string RegisterName(int number) { return "register_" + std::to_string(numbe
 EmersonUnit::EmersonUnit(BYTE address) : ModbusSlave(address) {
   for (int i = 0; i < kInputs; ++i) values().Add({.name = InputName(i), .maximum = 1});
   for (const auto& run : kRuns) {
-    // Register n holds 10 n until it is set, so that a value in the wrong place is noticed.
+    // The initial value of register n is 10 n, so that a value in the wrong place is noticed.
     for (int i = run.first; i <= run.last; ++i) {
       values().Add({.name = RegisterName(i), .maximum = 0xFFFF, .number = 10.0 * i});
     }

@@ -4,8 +4,8 @@
 
 namespace fieldline::sim {
 
-// Emerson unit: discrete inputs 0 to 108 and four runs of input registers, each with a value of its own name: input_0,
-// register_8 ...
+// Emerson unit: discrete inputs 0 to 108 and four runs of input registers. Each of them is a value: input_0, register_8
+// ...
 class EmersonUnit : public ModbusSlave {
  public:
   explicit EmersonUnit(BYTE address);

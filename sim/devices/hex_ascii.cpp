@@ -8,7 +8,7 @@
 namespace fieldline::sim {
 namespace {
 
-// Positions in a frame; the command of a request is where a reply has its return code.
+// Positions in a frame. A reply has its return code in the place of the command.
 constexpr std::size_t kCommand = 7;
 constexpr std::size_t kLength = 9;
 constexpr std::size_t kInfo = 13;
@@ -24,14 +24,14 @@ std::string Hex(unsigned value, std::size_t digits) {
   return text;
 }
 
-// The nibbles of the length and its check nibble add up to a multiple of 16.
+// The check nibble makes the sum of the four nibbles a multiple of 16.
 std::string Length(std::size_t characters) {
   const auto count = static_cast<unsigned>(characters);
   const unsigned nibbles = count / 256 + count / 16 % 16 + count % 16;
   return Hex((16 - nibbles % 16) % 16, 1) + Hex(count, 3);
 }
 
-// All characters behind the start, added to this, give a multiple of 65536.
+// The sum of this checksum and all characters after the start is a multiple of 65536.
 std::string Checksum(std::string_view frame) {
   unsigned sum = 0;
   for (const char c : frame.substr(1)) sum += static_cast<unsigned char>(c);

@@ -9,7 +9,7 @@ constexpr std::size_t kShortestFrame = 4;  // address, function, CRC
 
 Bytes Refusal(BYTE function, Exception exception) { return {static_cast<BYTE>(function | 0x80), exception}; }
 
-// Straight from the protocol's definition, one bit at a time; it travels low byte first.
+// The CRC as the protocol defines it, one bit at a time. It is sent low byte first.
 unsigned Crc(std::span<const BYTE> bytes) {
   unsigned crc = 0xFFFF;
   for (const BYTE byte : bytes) {

@@ -6,9 +6,9 @@
 
 namespace fieldline::sim {
 
-// A Modbus RTU slave that is read: functions 1 to 4. It hears only frames to its address with a right CRC, and answers
-// with exception 1 to another function, 3 to a count outside the function's limits, and 2 when one of the items asked
-// for is missing from its map.
+// A Modbus RTU slave for reading: functions 1 to 4. It takes only frames to its address with a correct CRC. It answers
+// with exception 1 to another function, 3 to a count outside the function's limits, and 2 when a requested item is not
+// in its map.
 class ModbusSlave : public Device {
  public:
   explicit ModbusSlave(BYTE address) : address_(address) {}
@@ -19,14 +19,14 @@ class ModbusSlave : public Device {
   using Registers = std::map<WORD, WORD>;
   using Bits = std::map<WORD, bool>;
 
-  // Brings the maps up to date with the device's values; called before each answer.
+  // Copies the device's values into the maps. Called before each answer.
   virtual void Refresh() {}
 
-  // The answer to a request, both from the function code to the last byte before the CRC. For devices that answer in
-  // their own way.
+  // Returns the answer to a request. Both are without address and CRC. Overridden by devices that answer in their own
+  // way.
   virtual Bytes Answer(std::span<const BYTE> request);
 
-  // Makes `count` items exist that are 0 until they are set.
+  // Adds `count` items from `first` on, with the initial value 0.
   template <typename T>
   static void AddRange(std::map<WORD, T>& items, WORD first, int count) {
     for (int i = 0; i < count; ++i) items.try_emplace(static_cast<WORD>(first + i));

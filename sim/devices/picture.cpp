@@ -14,7 +14,7 @@
 namespace fieldline::sim {
 namespace {
 
-// Three dots wide and five high, a row an octal digit.
+// The dots of a character, three wide and five high; each row is an octal digit.
 unsigned Glyph(char c) {
   static constexpr unsigned kDigits[] = {075557, 026227, 071747, 071717, 055711,
                                          074717, 074757, 071111, 075757, 075717};
@@ -25,7 +25,7 @@ unsigned Glyph(char c) {
 constexpr int kGlyphWidth = 3;
 constexpr int kGlyphHeight = 5;
 
-// A dot is a block of the compression, so a picture takes few bytes and its dots stay sharp.
+// Each dot is one block of the JPEG compression, so that a picture takes few bytes and its dots stay sharp.
 constexpr int kDotSize = 8;
 constexpr std::size_t kColumns = 10 * (kGlyphWidth + 1) + 1;  // "2024-05-17"
 constexpr std::size_t kRows = 2 * (kGlyphHeight + 1) + 1;
@@ -34,7 +34,7 @@ constexpr std::size_t kHeight = kRows * kDotSize;
 constexpr BYTE kInk = 0xFF;
 constexpr BYTE kPaper = 0x20;
 
-using Pixels = std::vector<BYTE>;  // a byte each, row by row
+using Pixels = std::vector<BYTE>;  // one byte per pixel, row by row
 
 void FillDot(Pixels& pixels, std::size_t column, std::size_t row) {
   for (std::size_t y = row * kDotSize; y < (row + 1) * kDotSize; ++y) {
@@ -84,13 +84,13 @@ Bytes Compress(Pixels& pixels) {
   return bytes;
 }
 
-// Brings a picture to `size` with a comment before its end mark. Drawn pictures are small enough for one to fit.
+// Extends a picture to `size` bytes with a comment before its end mark. Drawn pictures are small enough for that.
 void Pad(Bytes& picture, std::size_t size) {
   constexpr std::size_t kMarkLength = 2;
   const std::size_t missing = size - picture.size();
-  const std::size_t length = missing - kMarkLength;  // counts itself and what follows
+  const std::size_t length = missing - kMarkLength;  // includes its own two bytes
   Bytes comment{0xFF, 0xFE, static_cast<BYTE>(length >> 8), static_cast<BYTE>(length & 0xFF)};
-  // No two neighbouring stretches are alike, so that a lost or doubled piece shows.
+  // Neighbouring pieces differ, so that a lost or repeated piece is noticed.
   while (comment.size() < missing) comment.push_back(static_cast<BYTE>(comment.size() % 251));
   picture.insert(picture.end() - kMarkLength, comment.begin(), comment.end());
 }

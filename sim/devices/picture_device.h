@@ -4,13 +4,13 @@
 
 namespace fieldline::sim {
 
-// What both cameras have in common: they look at a clock, or always show the same picture.
+// Base class of both cameras. A picture shows the date and the time, or is always the one given to Show.
 class PictureDevice : public Device {
  public:
   PictureDevice();
 
-  // Every picture is this one from now on, whatever the size that is set. False unless it is a JPEG file of at most
-  // 65535 bytes. Before the line runs.
+  // Uses this file for every picture; the value `size` then has no effect. Returns false unless it is a JPEG file of at
+  // most 65535 bytes. Call it before the line starts.
   bool Show(Bytes picture);
 
  protected:

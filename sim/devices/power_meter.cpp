@@ -10,7 +10,7 @@ namespace {
 constexpr double kMostSteps = 0xFFFF;
 constexpr int kPhases = 3;
 
-// Each quantity as it usually is, in the order of the quantities.
+// Usual values of each quantity, in the order of the quantities.
 constexpr struct {
   const char* unit;
   double total;

@@ -7,9 +7,9 @@
 
 namespace fieldline::sim {
 
-// What the two three-phase power meters have in common: the same values, in holding registers that differ.
+// Base class of the two three-phase power meters. They have the same values in different holding registers.
 //
-// The values are named and counted as a poll shows them. What they mean is the simulator's own choice: quantities 1 to
+// The values have the names and scales that a poll shows. Their meaning is the simulator's own choice: quantities 1 to
 // 3 are active, reactive and apparent power, 4 is the power factor, 5 the voltage, 6 the current, and the single value
 // is the frequency.
 class PowerMeter : public ModbusSlave {
@@ -23,12 +23,12 @@ class PowerMeter : public ModbusSlave {
     std::string_view name;
     int total;  // register; kNone when there is none
     int phase1;
-    int step;  // what a register counts in: 10 for one that goes up by 1 when the value goes up by 10
+    int step;  // value of one register count: with 10, a register of 150 is the value 1500
   };
 
   struct RegisterMap {
     int size;     // registers 0 to size - 1 can be read
-    int counter;  // its high half; the low half follows
+    int counter;  // high half of the counter; the low half follows
     int single;
     int phase_stride;  // from one phase of a quantity to the next
     std::array<Quantity, kQuantities> quantities;

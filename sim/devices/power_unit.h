@@ -4,7 +4,7 @@
 
 namespace fieldline::sim {
 
-// Power unit: 52 numbers by four commands, eleven state bytes by a fifth.
+// Power unit: four commands read 52 numbers, a fifth reads eleven state bytes.
 class PowerUnit : public HexAsciiDevice {
  public:
   explicit PowerUnit(BYTE address);

@@ -7,11 +7,11 @@
 namespace fieldline::sim {
 namespace {
 
-// Of the status, in the order sent.
+// Bits of the status, in the order sent.
 constexpr const char* kStatusBits[] = {"utility_fail", "battery_low", "bypass_active",   "ups_failed",
                                        "standby_type", "self_test",   "shutdown_active", "beeper_on"};
 
-// Widths of the identification's fields, filled up with spaces.
+// Widths of the identification's fields, padded with spaces.
 constexpr std::size_t kMakerWidth = 15;
 constexpr std::size_t kModelWidth = 10;
 constexpr std::size_t kVersionWidth = 10;
@@ -29,7 +29,7 @@ std::string Fixed(double number, std::size_t width, int decimals) {
   return std::string(width - std::min(width, text.size()), '0') + text;
 }
 
-// Four characters, with the decimals that find room: "2.05", "27.3".
+// Four characters, with as many decimals as fit: "2.05", "27.3".
 std::string BatteryVoltage(double volts) { return Fixed(volts, 4, 2).substr(0, 4); }
 
 }  // namespace

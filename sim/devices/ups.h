@@ -7,7 +7,7 @@
 namespace fieldline::sim {
 
 // Uninterruptible power supply with a line-oriented ASCII protocol: commands Q1 (status), I (identification) and F
-// (ratings), each ended by a carriage return. It has no address, and stays silent to anything else.
+// (ratings), each ended by a carriage return. It has no address and does not answer anything else.
 class Ups : public Device {
  public:
   Ups();

@@ -29,16 +29,16 @@ BYTE* PutHexWord(BYTE* out, WORD word) {
   return PutHexByte(out, static_cast<BYTE>(word & 0xFF));
 }
 
-// `value` rounded to tenths or hundredths (factor 10 or 100); the double nearest to that decimal number.
+// `value` rounded to tenths or hundredths (factor 10 or 100), as the double nearest to that decimal number.
 double RoundToDecimals(double value, double factor) {
-  // Doubles this large are further apart than the decimals, so that each is the nearest to its own decimal number.
+  // Doubles this large are further apart than tenths or hundredths, so rounding would not change them.
   constexpr double kCountsExactly = 9007199254740992;  // 2^53
   const double product = RoundToDouble(value * factor);
   if (!(std::abs(product) < kCountsExactly)) return value;
 
   double count = std::nearbyint(product);
   if (std::abs(product - count) == 0.5) {
-    // Half-way between two counts, at least after the product was rounded; what the rounding took away decides.
+    // The product is half-way between two counts, but may itself have been rounded. The part that was lost decides.
     const double remainder = std::fma(value, factor, -product);
     if (remainder > 0) count = std::ceil(product);
     if (remainder < 0) count = std::floor(product);
@@ -73,15 +73,15 @@ double GetHexFloat(const BYTE* characters) {
   const unsigned high = GetHexByte(characters + 4) | GetHexByte(characters + 6) * 0x100u;
   const std::uint32_t bits = high << 16 | low;
 
-  // As a double: the exponent, biased by 1023 in place of 127, over 52 bits of fraction in place of 23.
+  // The same number as a double: exponent bias 1023 instead of 127, 52 bits of fraction instead of 23.
   const std::uint64_t exponent = bits >> 23 & 0xFF;
   const std::uint64_t fraction = bits & 0x7FFFFF;
   return std::bit_cast<double>((exponent - 127 + 1023) << 52 | fraction << (52 - 23));
 }
 
-// Equal to printing `value` with that many decimals, reading the text back, multiplying and truncating. The count of
-// tenths or hundredths is rounded as printf rounds the value, and the quotient of two whole numbers is the double
-// nearest to the decimal number, as its text is read.
+// Same result as printing `value` with that many decimals, reading the text back, multiplying and truncating: printf
+// rounds to the same count of tenths or hundredths, and reading the text gives the same double as dividing the count by
+// the factor.
 double GetScaledValue(double value, int decimals) {
   const double factor = decimals == 1 ? 10.0 : 100.0;
   return std::trunc(RoundToDouble(RoundToDecimals(value, factor) * factor));
@@ -117,7 +117,7 @@ void SetFrameCommand(BYTE* frame, BYTE cid2) {
   PutHexWord(frame + kInfoPosition, GetFrameChecksum(frame + 1, kInfoPosition - 1));
 }
 
-// A reply of 15 INFO bytes (30 = 0x01E characters); RTN stands where a request has CID2:
+// A reply with 15 INFO bytes (30 = 0x01E characters). RTN has the place of a request's CID2:
 //
 //   0 1   3   5   7   9    13                             43   47
 //   ~ 11  01  2A  00  101E 00A100B1B2B3B4B5B6B7B8B9BA0000 F6EF \r
@@ -127,7 +127,7 @@ bool CheckReply(const BYTE* reply, int received, int expected) {
   if (!fieldline::IsCarriedOut(reply)) return false;
   if (!std::all_of(reply, reply + expected, IsFrameCharacter)) return false;
 
-  // Compared as characters, not as a number: "~" has no value that could be wrong.
+  // Compared as characters: as a number, a "~" in the checksum would count as the digit 0.
   const int checksum_position = expected - fieldline::kTrailLength;
   BYTE checksum[kChecksumLength];
   PutHexWord(checksum, GetFrameChecksum(reply + 1, checksum_position - 1));

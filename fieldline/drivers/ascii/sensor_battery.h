@@ -5,15 +5,15 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
-// What the groups' values mean belongs to the application. Each is a magnitude: the monitor's signs are dropped. A
-// field of 16 bits keeps the low bits of a value that does not fit.
+// The application defines what the values of the groups mean. All values are magnitudes: signs are dropped. A 16-bit
+// field keeps the low 16 bits of a value that does not fit.
 struct BATTERY_DATA {
   static constexpr int kCells = 32;
 
-  std::uint32_t cell_sum;        // of the cells as they stand below, 0.001
+  std::uint32_t cell_sum;        // sum of the cells below, in 0.001
   std::uint16_t group_2_first;   // 0.01
   std::uint16_t group_3_first;   // 0.1
-  std::uint16_t cells[kCells];   // 0.001: millivolts where the monitor sends volts
+  std::uint16_t cells[kCells];   // 0.001: millivolts when the monitor sends volts
   std::uint16_t group_1_second;  // 0.01
   std::uint16_t group_2_second;  // 0.01
   std::uint16_t group_3_second;  // 0.1
@@ -29,7 +29,7 @@ class FIELDLINE_API CSensorBattery : public fieldline::RecordSensor<BATTERY_DATA
  public:
   CSensorBattery();
 
-  // One exchange with the monitor at address `addr` (low byte), after which the monitor is left alone for 2 s: a poll
-  // that succeeds returns that much later. On failure the record stays as it was.
+  // One exchange with the monitor at address `addr` (low byte). A successful poll then waits 2 s before it returns, to
+  // give the monitor a rest. On failure the record stays as it was.
   int GetData(ISerBase* port, int addr) override;
 };

@@ -13,7 +13,7 @@ constexpr BYTE kReadParameters = 0x47;
 
 constexpr int kReplyAsked = 120;
 
-// Position in a reply of INFO byte `i`.
+// Position of INFO byte `i` in a reply.
 constexpr int Position(int i) { return fieldline::kInfoPosition + 2 * i; }
 static_assert(Position(sizeof(CYBERMATE_DATA::alarm_states)) <= kReplyAsked);
 

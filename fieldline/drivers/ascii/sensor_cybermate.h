@@ -5,7 +5,7 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
-// As the unit sends them; what each means belongs to the application.
+// Values as the unit sends them. The application defines what they mean.
 #pragma pack(push, 1)
 struct CYBERMATE_DATA {
   static constexpr int kAnalogs = 5;
@@ -23,11 +23,12 @@ class FIELDLINE_API CSensorCybermate : public fieldline::RecordSensor<CYBERMATE_
  public:
   CSensorCybermate();
 
-  // Four exchanges with the unit at address `addr` (low byte), one for each array of the record, which it writes at
-  // once; after a failure the arrays of the later ones are as they were. A reply counts when it is long enough and says
-  // that the command was carried out: its checksum is not looked at, and a character that is no digit counts as 0.
+  // Four exchanges with the unit at address `addr` (low byte). Each writes one array of the record immediately; after a
+  // failure, the arrays of the failed and later exchanges are unchanged. A reply is accepted when it is long enough and
+  // says that the command was carried out. Its checksum is not checked, and a character that is not a digit counts as
+  // 0.
   //
-  // Each exchange lasts the full time-out of a 120-byte read, since the unit's replies are shorter.
+  // Each exchange lasts the full time-out of a 120-byte read, because the unit's replies are shorter.
   int GetData(ISerBase* port, int addr) override;
 
  private:

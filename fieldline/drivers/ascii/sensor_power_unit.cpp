@@ -13,11 +13,11 @@ constexpr BYTE kCid1 = 0x2A;
 constexpr int kReplyAsked = 150;
 constexpr int kFloatLength = 8;
 
-// Consecutive numbers of a reply that have one scale.
+// Consecutive numbers of a reply with the same scale.
 struct Run {
   int position;
   int count;
-  int decimals;  // 0: whole units, cut off instead of rounded
+  int decimals;  // 0: whole units, truncated instead of rounded
 };
 
 constexpr Run kE1[] = {
@@ -48,7 +48,7 @@ struct Block {
   std::span<const Run> runs;
 };
 
-// In the order of the requests, which is that of the record.
+// In the order of the requests, which is also the order of the record.
 constexpr Block kBlocks[] = {
     {0xE1, 126, kE1},
     {0x41, 114, k41},

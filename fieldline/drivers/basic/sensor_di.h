@@ -5,7 +5,7 @@
 #include "fieldline/sensor/sensor_base.h"
 
 struct DI_DATA {
-  BYTE inputs[8];  // bit i of the input byte, kept in place: 0, or 2^i when input i + 1 is on
+  BYTE inputs[8];  // inputs[i] is 2^i when input i + 1 is on, otherwise 0
 };
 static_assert(sizeof(DI_DATA) == 8);
 
@@ -14,9 +14,8 @@ class FIELDLINE_API CSensorDi : public fieldline::RecordSensor<DI_DATA> {
  public:
   CSensorDi();
 
-  // One look at the inputs. Neither `port`, which may be null, nor `addr` is used. On failure the record stays as it
-  // was.
+  // Reads the inputs once. `port`, which may be null, and `addr` are not used. On failure the record stays as it was.
   int GetData(ISerBase* port, int addr) override;
 
-  std::intptr_t m_hDev = -1;  // never open between polls
+  std::intptr_t m_hDev = -1;  // always -1: the device is open only during a poll
 };

@@ -4,8 +4,8 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
-// As the probe sends them, widened without sign: 65336 stands for -200. Scale, and which of the two is temperature and
-// which humidity, belong to the application.
+// 16-bit registers as the probe sends them, zero-extended: 65336 is -200. The application defines the scale, and which
+// register is temperature and which is humidity.
 struct ENVIR_DATA {
   std::uint32_t register_1;  // holding register 1
   std::uint32_t register_0;  // holding register 0

@@ -9,12 +9,12 @@ namespace {
 
 constexpr int kInputs = sizeof(ONOFF_DATA::inputs);
 constexpr int kReplyAsked = 20;
-// The module answers the request for 12 registers with one byte an input, not two:
+// The module answers the request for 12 registers with one byte per input, not two:
 //
 //   01      04        0C          01 00 00 01 00 00 00 00 00 00 00 01  A4 24
 //   device  function  byte count  inputs 1 to 12                       CRC
 constexpr int kReplyLength = fieldline::kModbusHeadLength + kInputs + fieldline::kModbusCrcLength;
-// Between the request and the first look for its reply.
+// Pause between the request and the first read of the reply.
 constexpr unsigned kWaitMs = 10;
 
 }  // namespace

@@ -17,6 +17,6 @@ class FIELDLINE_API CSensorOnoff : public fieldline::RecordSensor<ONOFF_DATA> {
 
   // One exchange with the module at address `addr` (low byte). On failure the record stays as it was.
   //
-  // Lasts the full time-out of a 20-byte read, since the module's reply has 17, and 10 ms of busy waiting before it.
+  // Busy-waits 10 ms, then lasts the full time-out of a 20-byte read, because the module's reply has 17 bytes.
   int GetData(ISerBase* port, int addr) override;
 };

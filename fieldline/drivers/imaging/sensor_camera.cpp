@@ -27,7 +27,7 @@ struct Frame {
 struct Step {
   Frame command;
   int ask;
-  Frame expected;  // how the reply must begin; what follows is not compared
+  Frame expected;  // first bytes of the reply; later bytes are not compared
 };
 
 // clang-format off
@@ -47,14 +47,15 @@ constexpr Frame kReadFrame =
     {16, {0x56, 0x00, 0x32, 0x0C, 0x00, 0x0A, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x0A}};
 // clang-format on
 
-// The reply with the length, here 0x1234 bytes. A picture of 64 KiB or more shows in the upper half.
+// The reply with the length, here 0x1234 bytes. For a picture of 64 KiB or more the upper half is not 0, and the reply
+// does not match.
 //
 //   76 00 34  00      04          00 00       12 34
 //   head      status  byte count  upper half  lower half
 constexpr int kLengthPosition = 7;
 constexpr int kLengthReplyLength = 9;
 
-// The frame is read with its length in the command, high byte first. The reply:
+// The read command contains the frame's length, high byte first. The reply:
 //
 //   76 00 32 00 00  FF D8 ... FF D9  76 00 32 00 00
 //   head            picture          trailer
@@ -65,7 +66,7 @@ constexpr BYTE kFirstBytes[] = {0x76, 0x00, 0x32, 0x00, 0x00, 0xFF, 0xD8};
 constexpr BYTE kLastBytes[] = {0xFF, 0xD9, 0x76, 0x00, 0x32, 0x00, 0x00};
 static_assert(kHeadLength + 0xFFFF + kTrailerLength <= kImageCapacity);
 
-// Whether a reply begins as it must. Only what has been received is looked at.
+// Whether a reply begins with the expected bytes. Compares only bytes that were received.
 bool Begins(const BYTE* reply, int received, std::span<const BYTE> expected) {
   return received >= static_cast<int>(expected.size()) && std::equal(expected.begin(), expected.end(), reply);
 }

@@ -40,7 +40,7 @@ int CSensorCamera3ge::GetData(ISerBase* port, int) {
   fieldline::File file;
   const bool created = file.Create(snapshot.path());
   int stored = 0;
-  // Without a file the picture is read all the same: left on the line, it would be taken for the next poll's answer.
+  // The picture is read even without a file. Left on the line, it would be taken for the reply to the next poll.
   for (int remaining = announced; remaining > 0;) {
     const int received = port->Read(block, kBlockLength);
     if (received <= 0) break;

@@ -19,8 +19,8 @@ constexpr int kCardLength = 14;
 constexpr WORD kLenidMask = 0x0FFF;
 static_assert((kReplyAsked - fieldline::FrameLength(0)) / 2 <= sizeof(CSensorCardK::m_byCard));
 
-// Number of INFO bytes of a reply that has the right CHKSUM and LCHKSUM and carries all the INFO it announces; -1 for
-// any other.
+// Number of INFO bytes in a reply that is valid: right first and last byte, CHKSUM and LCHKSUM, and all announced INFO
+// received. -1 for any other reply.
 int CountInfo(const BYTE* reply, int received) {
   if (received < fieldline::FrameLength(0)) return -1;
   if (reply[0] != kSoi || reply[received - 1] != fieldline::kEoi) return -1;

@@ -10,7 +10,7 @@ namespace {
 
 char16_t* AppendText(char16_t* out, std::u16string_view text) { return std::copy(text.begin(), text.end(), out); }
 
-// In two digits at least.
+// Writes at least two digits.
 char16_t* AppendNumber(char16_t* out, int number) {
   char digits[11];
   const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;

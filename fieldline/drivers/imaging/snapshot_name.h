@@ -4,11 +4,11 @@
 
 namespace fieldline {
 
-// Name of a snapshot that is taken now, and its path in the web server's image directory on the flash file system.
+// Name of a snapshot taken now, and its path in the web server's image directory on the flash file system.
 class SnapshotName {
  public:
-  // The local time stands between prefix and suffix as year, month, day, hour, minute and second: 20240517134500.
-  // Neither of the two has more than 10 characters.
+  // The name is prefix, local time and suffix. The time has year, month, day, hour, minute and second: 20240517134500.
+  // Prefix and suffix have at most 10 characters each.
   SnapshotName(std::u16string_view prefix, std::u16string_view suffix);
 
   const char16_t* path() const { return path_; }

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-// The record of both power meters: a counter, four quantities as a total and one value a phase, a single value, and two
-// quantities by phase only. Which they are, and their units, belong to the meter.
+// The record of both power meters: a counter, four quantities with a total and a value for each phase, a single value,
+// and two quantities with phase values only. The meter defines what they are and their units.
 struct ELEC_DATA {
   std::uint32_t counter;
   std::uint32_t q1_total;

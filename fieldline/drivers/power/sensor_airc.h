@@ -4,8 +4,8 @@
 
 #include "fieldline/sensor/sensor_base.h"
 
-// Eight registers of the unit from some first register f on; the second byte of f + 3 and of f + 4 and the first of
-// f + 5 are not kept.
+// Eight registers of the unit from a first register f on. Of f + 3 and f + 4 only the low byte is kept, of f + 5 only
+// the high byte.
 struct AIRC_GROUP {
   std::uint16_t register_0;
   std::uint16_t register_1;
@@ -26,14 +26,14 @@ struct AIRC_DATA {
 };
 static_assert(sizeof(AIRC_DATA) == 32);
 
-// Air conditioner over Modbus RTU, each register low byte first; kind SERDAT_AIRC.
+// Air conditioner over Modbus RTU that sends each register low byte first; kind SERDAT_AIRC.
 class FIELDLINE_API CSensorAirc : public fieldline::RecordSensor<AIRC_DATA> {
  public:
   CSensorAirc();
 
   // One exchange with the unit at address `addr` (low byte). On failure the record stays as it was.
   //
-  // Asks for 60 registers and reads at most 100 bytes: made for units that answer with fewer than they were asked for.
+  // Asks for 60 registers and reads at most 100 bytes, because these units answer with fewer registers than requested.
   // A reply shorter than 100 bytes makes the poll last the full time-out of that read.
   int GetData(ISerBase* port, int addr) override;
 };

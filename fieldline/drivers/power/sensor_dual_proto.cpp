@@ -15,25 +15,25 @@ constexpr int kBody = 141;
 constexpr int kFrame = kHead + kBody;
 
 // Indexes of DUAL_PROTO_DATA::values.
-constexpr int kFirstFrameOnly = 9;  // 9 to 12 and 15 to 32 are not supplied by the Modbus variant
+constexpr int kFirstFrameOnly = 9;  // the Modbus variant does not supply 9 to 12 and 15 to 32
 constexpr int kEndFrameOnly = 13;
 constexpr int kSecondFrameOnly = 15;
 
 constexpr BYTE kFrameCommand[] = {0x01, 0x02};
 constexpr int kFrameRequest = 5;
-// The unit needs this long to assemble its reply.
+// Time that the unit needs to assemble its reply.
 constexpr std::uint32_t kFramePauseMs = 500;
 
 enum class Form {
   kWord,         // two bytes, low byte first
-  kWordOrNone,   // the same; FF FF stands for no value and gives 0
+  kWordOrNone,   // the same, but FF FF means no value and gives 0
   kUnsigned,     // one byte
   kSigned,       // one byte, sign-extended
   kUnsignedTen,  // one byte, times 10
   kSignedTen,
 };
 
-// The frame variant: where each of the values stands in the body.
+// The frame variant: position of each value in the body, and its encoding.
 struct BodyValue {
   int index;  // in DUAL_PROTO_DATA::values
   int body;
@@ -102,7 +102,7 @@ WORD DecodeField(const BYTE* p, Form form) {
   return 0;
 }
 
-// Float k of a reply, times `factor`, without its fraction; the low 16 bits of that. The device sends a float's most
+// Float k of a reply times `factor`, truncated; the low 16 bits of the result. The device sends a float most
 // significant byte first.
 WORD DecodeFloat(const BYTE* frame, int k, float factor) {
   const float value = std::bit_cast<float>(GetDwordBE(frame + kHead + 4 * k));
@@ -165,8 +165,8 @@ int CSensorDualProto::Transact(ISerBase* port, int addr, int function, int start
 //   05      01 02    F8 FF
 //   device  command  negated sum of the three, low byte first
 //
-//   ..  ..  8D
-//   not looked at  body length, here 141
+//   ..  ..       8D
+//   not checked  body length, here 141
 int CSensorDualProto::PollFrame(ISerBase* port, int addr) {
   m_byCmd[0] = fieldline::DeviceAddress(addr);
   std::copy(std::begin(kFrameCommand), std::end(kFrameCommand), m_byCmd + 1);

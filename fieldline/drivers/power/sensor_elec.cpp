@@ -32,7 +32,7 @@ constexpr ElecRow kRows[] = {
     {&ELEC_DATA::single,    50, 1 },
 };
 
-// Written only while quantity 5 is plausible in every phase.
+// Written only when quantity 5 is plausible in every phase.
 constexpr ElecRow kGuardedRows[] = {
     {&ELEC_DATA::q5_phase1, 51, 1 },
     {&ELEC_DATA::q5_phase2, 52, 1 },

@@ -8,9 +8,9 @@ class FIELDLINE_API CSensorElec : public fieldline::RecordSensor<ELEC_DATA> {
  public:
   CSensorElec();
 
-  // One exchange with the meter at address `addr` (low byte). On failure the record stays as it was. A poll whose
-  // quantity 5 is implausible in any phase gives 1 and leaves quantities 5 and 6 as they were.
+  // One exchange with the meter at address `addr` (low byte). On failure the record stays as it was. When quantity 5 is
+  // implausible in any phase (above 10000), the poll returns 1 but leaves quantities 5 and 6 unchanged.
   //
-  // Lasts the full time-out of a 120-byte read, since the meter's reply has 119.
+  // Lasts the full time-out of a 120-byte read, because the meter's reply has 119 bytes.
   int GetData(ISerBase* port, int addr) override;
 };

@@ -13,7 +13,7 @@ constexpr int kCounterRegister = 33;
 constexpr int kCounterRegisters = 8;
 constexpr int kCounterRegistersUsed = 2;
 
-// Eight registers a phase (0 to 7, 8 to 15, 16 to 23), the totals from 26 on.
+// Eight registers for each phase (0 to 7, 8 to 15, 16 to 23), the single value in 26, then the totals.
 constexpr ElecRow kRows[] = {
   // field                register  factor
     {&ELEC_DATA::q1_total,  27, 10},

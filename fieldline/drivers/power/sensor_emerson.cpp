@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kInputs = sizeof(EMERSON_DATA::inputs);
 
-// Consecutive registers of a reply and where they stand in the record.
+// Consecutive registers of a reply and their position in the record.
 struct Run {
   std::size_t position;
   int first;

@@ -5,11 +5,11 @@
 #include "fieldline/sensor/sensor_base.h"
 
 #pragma pack(push, 1)
-// Input registers and discrete inputs as the unit sends them; registers between the runs are not kept.
+// Input registers and discrete inputs as the unit sends them; registers between these runs are not kept.
 struct EMERSON_DATA {
   std::uint16_t register_100;
   BYTE inputs[109];                     // discrete inputs 0 to 108, 1 when on
-  std::uint16_t registers_8_to_32[25];  // from here on at odd positions
+  std::uint16_t registers_8_to_32[25];  // odd offsets from here on
   std::uint16_t registers_39_to_44[6];
   std::uint16_t registers_49_to_56[8];
   std::uint16_t registers_69_to_78[10];
@@ -27,8 +27,8 @@ class FIELDLINE_API CSensorEmerson : public fieldline::RecordSensor<EMERSON_DATA
  public:
   CSensorEmerson();
 
-  // Five exchanges with the unit at address `addr` (low byte). Each writes its part of the record at once; after a
-  // failure the parts of the failed and the later ones are as they were.
+  // Five exchanges with the unit at address `addr` (low byte). Each writes its part of the record immediately; after a
+  // failure, the parts of the failed and later exchanges are unchanged.
   int GetData(ISerBase* port, int addr) override;
 
  private:

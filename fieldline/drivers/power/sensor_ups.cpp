@@ -22,7 +22,7 @@ constexpr char kEnd = '\r';
 constexpr int kIdentificationRead = 1;
 constexpr int kRatingsRead = 2;
 
-// A number of a reply, in the order in which they come, and where it goes.
+// A number of a reply, and its position in the record. The tables are in the order of the reply.
 struct Number {
   std::size_t position;
   int factor;
@@ -53,8 +53,8 @@ constexpr std::size_t kMaker = 1;
 constexpr std::size_t kModel = 17;
 constexpr std::size_t kVersion = 28;
 
-// Reads a reply and yields its text up to the final CR. Empty when nothing came; `accepted` tells whether the reply
-// has the mark in front and the CR behind.
+// Reads a reply and gives its text up to the final CR. The text is empty when nothing was received. `accepted` is true
+// when the reply starts with the mark and ends with CR.
 class Reply {
  public:
   Reply(ISerBase* port, char mark) {
@@ -68,7 +68,7 @@ class Reply {
   bool came() const { return came_; }
   bool accepted() const { return accepted_; }
 
-  // What follows from `position` on, up to a stray zero; nothing behind the end.
+  // The text from `position` on, up to a stray zero; empty when the text ends before `position`.
   std::string_view From(std::size_t position) const {
     const std::string_view rest = text_.substr(std::min(position, text_.size()));
     return rest.substr(0, rest.find('\0'));
@@ -82,7 +82,8 @@ class Reply {
   bool accepted_ = false;
 };
 
-// Cuts the text up to the first space off `rest`, and the space. False, with nothing changed, without a space.
+// Moves the text before the first space from `rest` to `field`, and drops the space. Returns false, with nothing
+// changed, when there is no space.
 bool CutField(std::string_view* rest, std::string_view* field) {
   const std::size_t space = rest->find(' ');
   if (space == rest->npos) return false;
@@ -91,7 +92,7 @@ bool CutField(std::string_view* rest, std::string_view* field) {
   return true;
 }
 
-// The number that the field begins with, behind any blanks; 0 when there is none.
+// The number at the start of the field, after any blanks; 0 when there is none.
 double ToNumber(std::string_view field) {
   field.remove_prefix(std::min(field.find_first_not_of(" \t\n\v\f\r"), field.size()));
   if (field.starts_with('+')) {
@@ -101,7 +102,7 @@ double ToNumber(std::string_view field) {
   double number = 0;
   const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number);
   if (error == std::errc::result_out_of_range) {
-    // So few characters get out of a double's range by their exponent alone.
+    // In a field this short, only an exponent can take the number out of the range of a double.
     const std::string_view text(field.data(), static_cast<std::size_t>(end - field.data()));
     if (text.find("e-") != text.npos || text.find("E-") != text.npos) return 0;
     constexpr double kMost = std::numeric_limits<double>::max();
@@ -165,7 +166,7 @@ bool CSensorUps::ReadIdentification(ISerBase* port) {
   std::string_view name;
   if (!CutField(&rest, &name)) return false;
   StoreName(m_pData, offsetof(UPS_DATA, maker), name);
-  if (kMaker + name.size() >= kModel) return false;  // it runs on where the model should be
+  if (kMaker + name.size() >= kModel) return false;  // the maker runs into the model
 
   rest = reply.From(kModel);
   if (!CutField(&rest, &name)) return false;

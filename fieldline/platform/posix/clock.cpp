@@ -30,7 +30,7 @@ void SleepMs(std::uint32_t ms) {
 CalendarTime LocalTime() {
   const time_t now = time(nullptr);
   tm local{};
-  tzset();  // localtime_r need not notice a changed time zone by itself
+  tzset();  // localtime_r alone may not notice a changed time zone
   localtime_r(&now, &local);
   return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
 }

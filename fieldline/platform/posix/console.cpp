@@ -17,8 +17,8 @@ namespace {
 std::atomic<bool> interrupted = false;
 static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
 
-// Readable from the first interrupt on, so that it ends the sleep of whichever thread sleeps, with no gap between the
-// look at the flag and the wait.
+// Becomes readable at the first interrupt and wakes any sleeping thread, also when the interrupt comes between the
+// check of the flag and the wait.
 int interrupt_event = -1;
 
 extern "C" void OnInterrupt(int) {

@@ -18,7 +18,7 @@ namespace {
 
 struct DeviceMap {
   std::mutex mutex;
-  std::map<std::wstring, std::string, std::less<>> paths;  // by name, final colon included
+  std::map<std::wstring, std::string, std::less<>> paths;  // by name, including the final colon
 };
 
 DeviceMap& Devices() {
@@ -48,7 +48,7 @@ bool CopyWidePath(std::wstring_view path, PathBuffer& out) {
   return true;
 }
 
-// Number of a numbered device: decimal, from 1 on, without leading zeros. 0 for anything else.
+// Number of a numbered device: decimal, at least 1, without leading zeros. 0 for anything else.
 int ParseNumber(std::wstring_view digits) {
   constexpr std::size_t kMaxDigits = 4;
   if (digits.empty() || digits.size() > kMaxDigits || digits.front() == L'0') return 0;

@@ -6,8 +6,8 @@ namespace fieldline {
 
 using PathBuffer = char[PATH_MAX];
 
-// Path that is opened for a device name (see fieldline/platform/device_name.h). False, with `path` undefined, when the
-// name stands for none.
+// Finds the path to open for a device name (see fieldline/platform/device_name.h). Returns false, with `path`
+// undefined, when the name has no path.
 bool FindDevicePath(const wchar_t* device, PathBuffer& path);
 
 }  // namespace fieldline

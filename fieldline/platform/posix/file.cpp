@@ -17,7 +17,7 @@ namespace {
 
 struct FlashRoot {
   std::mutex mutex;
-  std::string directory;  // empty stands for "/"
+  std::string directory;  // empty means "/"
 };
 
 FlashRoot& Root() {
@@ -38,7 +38,7 @@ bool HostPath(const char16_t* path, char (&out)[PATH_MAX]) {
   const int room = static_cast<int>(sizeof out - length);
   const int written = Utf16ToUtf8(path, out + length, room);
   constexpr int kLongestCharacter = 4;
-  if (written + kLongestCharacter >= room) return false;  // perhaps cut
+  if (written + kLongestCharacter >= room) return false;  // may have been cut
   std::replace(out + length, out + length + written, '\\', '/');
   return true;
 }
@@ -61,7 +61,7 @@ bool File::Create(const char16_t* path) {
   Close();
   char host_path[PATH_MAX];
   if (!HostPath(path, host_path)) return false;
-  // Without O_NONBLOCK a pipe in the file's place would hold the caller until somebody reads it.
+  // O_NONBLOCK: opening a pipe at this path must not wait for a reader.
   handle_ = OpenFile(host_path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0644);
   return handle_ != kInvalidHandle;
 }

@@ -6,7 +6,7 @@
 
 namespace fieldline {
 
-// open(), again after every signal that interrupts it. `mode` is that of a file that is created.
+// Calls open() again whenever a signal interrupts it. `mode` is for a file that open() creates.
 inline int OpenFile(const char* path, int flags, mode_t mode = 0) {
   int fd;
   do {

@@ -17,7 +17,7 @@ bool PseudoTerminal::Open() {
   if (grantpt(far) == 0 && unlockpt(far) == 0 && ptsname_r(far, path_, sizeof path_) == 0) {
     near_ = open(path_, O_RDWR | O_NOCTTY | O_CLOEXEC);
   }
-  // Raw from the start, or bytes that come before the first user of the near end would be echoed.
+  // Raw from the start: otherwise bytes that arrive before the near end is first opened would be echoed.
   if (near_ == kInvalidHandle || !MakeRaw(static_cast<int>(near_))) {
     Close();
     return false;
@@ -38,7 +38,7 @@ int PseudoTerminal::Read(BYTE* data, int capacity, int wait_ms) {
   if (capacity < 1) return 0;
   const int far = static_cast<int>(far_);
   if (WaitFor(far, POLLIN, Deadline(wait_ms)) == 0) {
-    // A user of the near end that was killed leaves it claimed, and with `near_` open the claim would never end.
+    // A killed program leaves the near end claimed, and because `near_` is open the kernel never releases that claim.
     ioctl(static_cast<int>(near_), TIOCNXCL);
     return 0;
   }

@@ -38,7 +38,7 @@ OpenResult OpenFailure(int error) {
   }
 }
 
-// The kernel's lock alone would let any privileged opener in.
+// Takes two locks, because TIOCEXCL alone lets privileged openers in.
 bool Claim(int fd) { return flock(fd, LOCK_EX | LOCK_NB) == 0 && ioctl(fd, TIOCEXCL) == 0; }
 
 // -1 when the line is gone.
@@ -47,8 +47,8 @@ int QueuedForSending(int fd) {
   return ioctl(fd, TIOCOUTQ, &queued) == 0 ? queued : -1;
 }
 
-// Discards what has not been sent and returns how many bytes that were. With nothing queued the kernel is not asked to:
-// on a pseudo-terminal it would take back bytes that have left.
+// Discards the bytes not sent yet and returns how many there were. Does not flush an empty queue: on a pseudo-terminal
+// that would take back bytes already sent.
 int DiscardQueued(int fd) {
   const int queued = QueuedForSending(fd);
   if (queued < 1) return 0;
@@ -56,8 +56,8 @@ int DiscardQueued(int fd) {
   return queued;
 }
 
-// The queue is empty some bytes before the wire is: a UART holds up to 64 of its own, which take a while at 2400 bit/s.
-// Most UART drivers tell when those have left; where they don't, the queue has to do.
+// The queue is empty before all bytes are on the wire: a UART holds up to 64 more, which take a while at 2400 bit/s.
+// Most UART drivers report when these are sent. For drivers that don't, an empty queue must be enough.
 bool IsTransmitterEmpty(int fd) {
   unsigned int line_status = 0;
   return ioctl(fd, TIOCSERGETLSR, &line_status) != 0 || (line_status & TIOCSER_TEMT) != 0;
@@ -91,8 +91,8 @@ tcflag_t ParityFlags(Parity parity) {
   }
 }
 
-// Code of a standard speed, by which other programs can tell it; BOTHER for any other, which stands as a number beside
-// it.
+// The code of a standard speed, which other programs can read. BOTHER for any other speed, which is then given as a
+// number.
 tcflag_t SpeedFlags(std::uint32_t baud) {
   static constexpr struct {
     std::uint32_t baud;
@@ -155,7 +155,7 @@ SerialDevice::OpenResult SerialDevice::Open(const wchar_t* name) {
 
   if (!Claim(fd)) {
     const int error = errno;
-    close(fd);  // and nothing else: the line is somebody's
+    close(fd);  // change no setting: another program uses the line
     return OpenFailure(error);
   }
   handle_ = fd;
@@ -170,7 +170,7 @@ SerialDevice::OpenResult SerialDevice::Open(const wchar_t* name) {
 void SerialDevice::Close() {
   if (!IsOpen()) return;
   const int fd = static_cast<int>(handle_);
-  DiscardQueued(fd);  // or the kernel could wait for half a minute until a halted line takes them
+  DiscardQueued(fd);  // otherwise the kernel may wait half a minute for a halted line to take them
   ioctl(fd, TIOCNXCL);
   close(fd);
   handle_ = kInvalidHandle;
@@ -200,8 +200,8 @@ bool SerialDevice::SetLine(const LineSettings& settings) {
   if (settings.stop_bits != StopBits::kOne) wanted.c_cflag |= CSTOPB;
   if (ioctl(fd, TCSETS2, &wanted) != 0) return false;
 
-  // A driver takes the nearest speed that it can do, and drops mark and space parity if it knows neither, without a
-  // word.
+  // Without an error, a driver takes the nearest speed it supports, and drops mark and space parity if it supports
+  // neither.
   termios2 taken;
   if (ioctl(fd, TCGETS2, &taken) == 0 && IsNear(taken.c_ospeed, settings.baud) &&
       IsNear(taken.c_ispeed, settings.baud) && (taken.c_cflag & CMSPAR) == (wanted.c_cflag & CMSPAR)) {
@@ -233,7 +233,7 @@ int SerialDevice::Read(BYTE* data, int count) {
     if (taken == 0 || (errno != EAGAIN && errno != EINTR) || last_look) break;
     const short events = WaitFor(fd, POLLIN, deadline);
     if (events == 0) break;
-    // One more read takes what came before.
+    // One last read returns the bytes received until now.
     last_look = IsGone(events) || deadline.RemainingNs() == 0;
   }
   return received;
@@ -259,7 +259,7 @@ int SerialDevice::Write(const BYTE* data, int count) {
   if (count < 1) return 0;
   const int fd = static_cast<int>(handle_);
   const Deadline deadline(TotalMs(timeouts_.write_per_byte, timeouts_.write_constant, count));
-  // At least one byte of those that were handed over is still in the transmitter.
+  // Never `count`: at least one byte that was handed over is still in the transmitter.
   const auto give_up = [fd, count](int handed_over) {
     return std::clamp(handed_over - DiscardQueued(fd), 0, count - 1);
   };
@@ -277,8 +277,8 @@ int SerialDevice::Write(const BYTE* data, int count) {
     if (events == 0 || deadline.RemainingNs() == 0) return give_up(handed_over);
   }
 
-  // Callers start to count their read time-out now, so the bytes must be on the wire. tcdrain() would wait without a
-  // bound on a halted line, and no event tells that the queue is empty.
+  // The caller's read time-out starts when this returns, so the bytes must be on the wire. tcdrain() would wait forever
+  // on a halted line, and no poll event reports an empty queue.
   for (;;) {
     const int queued = QueuedForSending(fd);
     if (queued < 0) return -1;

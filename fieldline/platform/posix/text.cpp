@@ -8,8 +8,8 @@ namespace fieldline {
 
 namespace {
 
-// Takes one character off the front. A sequence that is cut short by another character, too long for its character, or
-// no character at all is U+FFFD.
+// Removes the first character of the text and returns it. Returns U+FFFD for an incomplete, overlong or invalid
+// sequence.
 char32_t TakeUtf8(const char*& text, const char* end) {
   const auto lead = static_cast<unsigned char>(*text++);
   if (lead < 0x80) return lead;
@@ -40,7 +40,7 @@ char32_t TakeUtf8(const char*& text, const char* end) {
   return code >= smallest && IsCharacter(code) ? code : kReplacementCharacter;
 }
 
-// Takes one character off the front of a text that is not empty. Half a surrogate pair is U+FFFD.
+// Removes the first character of a text that is not empty and returns it. Returns U+FFFD for half a surrogate pair.
 char32_t TakeUtf16(const char16_t*& text) {
   const char32_t first = *text++;
   if (IsCharacter(first)) return first;

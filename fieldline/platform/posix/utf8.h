@@ -6,7 +6,7 @@ inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 
 inline bool IsCharacter(char32_t code) { return code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF); }
 
-// Writes 1 to 4 bytes and returns how many. What is no character is written as U+FFFD.
+// Writes 1 to 4 bytes and returns how many. An invalid code is written as U+FFFD.
 inline int EncodeUtf8(char32_t code, char (&out)[4]) {
   if (!IsCharacter(code)) code = kReplacementCharacter;
   const auto continuation = [code](int shift) { return static_cast<char>(0x80 | ((code >> shift) & 0x3F)); };

@@ -9,7 +9,7 @@
 
 namespace fieldline {
 
-// A moment on the monotonic clock, `ms` from its construction.
+// A point in time on the monotonic clock, `ms` milliseconds after construction.
 class Deadline {
  public:
   explicit Deadline(std::int64_t ms) : end_ns_(NowNs() + std::clamp<std::int64_t>(ms, 0, kLongestMs) * kNsPerMs) {}
@@ -18,7 +18,7 @@ class Deadline {
 
  private:
   static constexpr std::int64_t kNsPerMs = 1'000'000;
-  static constexpr std::int64_t kLongestMs = INT64_MAX / kNsPerMs / 2;  // 146 years; the sum with now stays in range
+  static constexpr std::int64_t kLongestMs = INT64_MAX / kNsPerMs / 2;  // 146 years; added to now it can't overflow
 
   static std::int64_t NowNs() {
     timespec now;
@@ -29,10 +29,10 @@ class Deadline {
   std::int64_t end_ns_;
 };
 
-// Waits until one of `events` (POLLIN, POLLOUT) or a failure comes to `fd`. Returns what came, 0 when the deadline
-// passed first. Signals do not end the wait. A negative `fd` waits for the deadline.
+// Waits until `fd` reports one of `events` (POLLIN, POLLOUT) or a failure. Returns the reported events, 0 when the
+// deadline passed first. Signals do not end the wait. With a negative `fd`, only waits for the deadline.
 inline short WaitFor(int fd, short events, const Deadline& deadline) {
-  // A 32-bit kernel can't hold every wait; a day at a time is as good.
+  // Waits at most one day at a time, because a 32-bit kernel can't take every duration.
   constexpr std::int64_t kLongestWaitNs = std::int64_t{24} * 3600 * 1'000'000'000;
 
   for (;;) {
