@@ -104,9 +104,8 @@ Failure DiagnosePoll(const Kind& kind, int address, PolledLine& line, const Line
 }
 
 Failure DiagnoseInputs() {
-  return LineFailure("input_device",
-                     "the input device EIO1: can't be read (it is " + Escaped(DevicePath(L"EIO1:")) +
-                         "); --map EIO1=PATH, or \"path\" in the site file, names another");
+  return LineFailure("input_device", "the input device EIO1: can't be read (it is " + Escaped(DevicePath(L"EIO1:")) +
+                                         "); --map EIO1=PATH, or \"path\" in the site file, names another");
 }
 
 }  // namespace fieldline

@@ -32,9 +32,14 @@ void Schedule::Silent(std::size_t device, Clock::time_point now, Clock::duration
   Entry& entry = entries_[device];
   const Clock::duration longest = std::max<Clock::duration>(kLongestPause, entry.interval);
   entry.pause = std::min(entry.pause, longest);
-  entry.due = now + std::max(entry.pause, kRestPerSilence * poll);
+  entry.due = now + Spread(std::max(entry.pause, kRestPerSilence * poll));
   entry.pause *= 2;
   last_ = device;
+}
+
+Schedule::Clock::duration Schedule::Spread(Clock::duration pause) {
+  constexpr unsigned kSteps = 256;
+  return pause + pause / 4 * (random_() % kSteps) / kSteps;
 }
 
 void Schedule::Restart(Clock::time_point now) {

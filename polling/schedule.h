@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <optional>
+#include <random>
 #include <span>
 #include <vector>
 
@@ -46,8 +47,12 @@ class Schedule {
     bool left = false;
   };
 
+  // Up to a quarter longer, so that silent devices do not keep coming before the same living one.
+  Clock::duration Spread(Clock::duration pause);
+
   std::vector<Entry> entries_;
   std::size_t last_;  // whose turn it was last
+  std::minstd_rand random_;
 };
 
 }  // namespace fieldline

@@ -80,8 +80,8 @@ class SerialDevice {
   // With both time-outs 0, returns the bytes that are already there.
   int Read(BYTE* data, int count);
 
-  // Waits at most `wait_ms` for a byte and returns those that are there, up to `capacity`; 0 when none came, -1 when the
-  // line is closed or gone. A signal that interrupts the wait is invisible.
+  // Waits at most `wait_ms` for a byte and returns those that are there, up to `capacity`; 0 when none came, -1 when
+  // the line is closed or gone. A signal that interrupts the wait is invisible.
   int ReadSome(BYTE* data, int capacity, int wait_ms);
 
   // Sends `count` bytes and returns when they have left for the wire, at most write_per_byte x count + write_constant

@@ -63,7 +63,7 @@ TEST(Schedule, ADeadDeviceTakesATwentiethOfItsLineAtMost) {
       }
     }
     EXPECT_LE(lost, (now - kStart) / 20 + silence);
-    EXPECT_GE(asked, 1h / 90s);
+    EXPECT_GE(asked, 1h / 120s);
   }
 }
 
@@ -74,13 +74,18 @@ TEST(Schedule, PausesGrowUntilTheDeviceAnswersOrTheLineIsNew) {
     schedule.Silent(0, now, 10ms);
     return schedule.Next(now)->due - now;
   };
-  for (const auto expected : {2s, 4s, 8s, 16s, 30s, 30s}) EXPECT_EQ(pause_after_silence(kStart), expected);
+  const auto expect_pause = [&](Clock::time_point now, Clock::duration least) {
+    const Clock::duration pause = pause_after_silence(now);
+    EXPECT_GE(pause, least);
+    EXPECT_LE(pause, least * 5 / 4);
+  };
+  for (const auto least : {2s, 4s, 8s, 16s, 30s, 30s}) expect_pause(kStart, least);
   schedule.Restart(kStart + 1s);
   EXPECT_EQ(schedule.Next(kStart + 1s)->due, kStart + 1s);
-  EXPECT_EQ(pause_after_silence(kStart + 1s), 2s);
+  expect_pause(kStart + 1s, 2s);
   schedule.Answered(0, kStart + 3s);
   EXPECT_EQ(schedule.Next(kStart + 3s)->due, kStart + 4s);
-  EXPECT_EQ(pause_after_silence(kStart + 4s), 2s);
+  expect_pause(kStart + 4s, 2s);
 }
 
 }  // namespace

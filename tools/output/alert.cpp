@@ -6,8 +6,8 @@
 
 namespace fieldline::tool {
 
-std::string Alert(std::string_view text) {
-  static const bool colour = IsTerminal(Stream::kError) && std::getenv("NO_COLOR") == nullptr;
+std::string Alert(std::string_view text, Stream stream) {
+  const bool colour = IsTerminal(stream) && std::getenv("NO_COLOR") == nullptr;
   return colour ? "\033[31m" + std::string(text) + "\033[0m" : std::string(text);
 }
 

@@ -6,23 +6,43 @@
 namespace fieldline::tool {
 namespace {
 
+constexpr std::size_t kGap = 2;  // between columns
+
 // Columns that a UTF-8 text takes: its bytes that begin a character.
 std::size_t Columns(const std::string& text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-}  // namespace
-
-void PrintTable(std::ostream& out, const std::vector<TableRow>& rows) {
+std::vector<std::size_t> Widths(const std::vector<TableRow>& rows) {
   std::vector<std::size_t> widths;
   for (const TableRow& row : rows) {
     widths.resize(row.size());
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Columns(row[i]));
   }
+  return widths;
+}
+
+}  // namespace
+
+void FitTable(std::vector<TableRow>& rows, int columns, const std::vector<std::string>& expendable) {
+  for (const std::string& heading : expendable) {
+    const std::vector<std::size_t> widths = Widths(rows);
+    std::size_t width = 0;
+    for (const std::size_t column : widths) width += column + kGap;
+    if (width <= static_cast<std::size_t>(columns) + kGap) return;
+    const auto found = std::ranges::find(rows.front(), heading);
+    if (found == rows.front().end()) continue;
+    const auto index = found - rows.front().begin();
+    for (TableRow& row : rows) row.erase(row.begin() + index);
+  }
+}
+
+void PrintTable(std::ostream& out, const std::vector<TableRow>& rows) {
+  const std::vector<std::size_t> widths = Widths(rows);
   for (const TableRow& row : rows) {
     std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
-      line += row[i] + std::string(widths[i] - Columns(row[i]) + 2, ' ');
+      line += row[i] + std::string(widths[i] - Columns(row[i]) + kGap, ' ');
     }
     out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
   }

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "polling/record/record_field.h"
+#include "polling/text.h"
 
 namespace fieldline::tool {
 namespace {
@@ -26,7 +27,8 @@ void DeviceView::Add(const PollResult& result, Clock::time_point now) {
   } else {
     const RecordField& field = device_->fields[device_->shown];
     reading = PhysicalNumber(field, result.record.data());
-    value_ = PhysicalNumberText(field, result.record.data());
+    value_ = Escaped(PhysicalNumberText(field, result.record.data()));
+    plausible_ = IsPlausible(device_->fields, result.record.data());
     read_at_ = now;
     failure_.clear();
     failures_ = 0;
@@ -37,9 +39,10 @@ void DeviceView::Add(const PollResult& result, Clock::time_point now) {
 
 TableRow DeviceView::Row(Clock::time_point now) const {
   std::string state = readings_.empty() ? "" : "good";
+  if (!plausible_) state = "not plausible";
   if (failures_ > 0) state = failure_ + " x" + std::to_string(failures_);
   return {line_->name,
-          device_->name,
+          Escaped(device_->name),
           std::string(device_->kind->name),
           value_,
           read_at_ ? AgeText(now - *read_at_) : "",

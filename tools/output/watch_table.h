@@ -22,15 +22,20 @@ class DeviceView {
   void Add(const PollResult& result, Clock::time_point now);
 
   TableRow Row(Clock::time_point now) const;
+
+  // Whether a person should look at it: it failed, or its value is not plausible.
+  bool IsBad() const { return failures_ > 0 || !plausible_; }
+
   static TableRow Headings() { return {"line", "device", "kind", "value", "age", "state", "last readings"}; }
 
  private:
   const SiteLine* line_;
   const SiteDevice* device_;
-  std::string value_;                           // of the last poll that was good
-  std::optional<Clock::time_point> read_at_;    // when that was
-  std::string failure_;                         // code of the last poll's; empty when it was good
-  int failures_ = 0;                            // in a row
+  std::string value_;                         // of the last poll that was good
+  std::optional<Clock::time_point> read_at_;  // when that was
+  std::string failure_;                       // code of the last poll's; empty when it was good
+  int failures_ = 0;                          // in a row
+  bool plausible_ = true;
   std::deque<std::optional<double>> readings_;  // newest last; nothing for a failed poll
 };
 

@@ -20,7 +20,9 @@
 #include "tools/options/duration_option.h"
 #include "tools/options/number_option.h"
 #include "tools/options/output_option.h"
+#include "tools/output/alert.h"
 #include "tools/output/report.h"
+#include "tools/output/table.h"
 #include "tools/output/watch_table.h"
 #include "tools/verbs/verbs.h"
 
@@ -63,32 +65,42 @@ class Watched {
     if (json_) PrintPoll(device, result);
   }
 
-  // In place of what stands on the screen.
+  // Replaces what is on the screen.
   void Draw() {
     const auto now = DeviceView::Clock::now();
-    std::stringstream table;
+    const TerminalSize size = SizeOfTerminal(Stream::kOutput);
+    std::vector<TableRow> rows = {DeviceView::Headings()};
+    std::size_t bad = 0;
     {
       const std::lock_guard lock(mutex_);
-      std::vector<TableRow> rows = {DeviceView::Headings()};
-      for (const Device& device : devices_) rows.push_back(device.view.Row(now));
-      PrintTable(table, rows);
+      // Those that a person should look at come first.
+      for (const bool wanted : {true, false}) {
+        for (const Device& device : devices_) {
+          if (device.view.IsBad() == wanted) rows.push_back(device.view.Row(now));
+        }
+        if (wanted) bad = rows.size() - 1;
+      }
     }
+    FitTable(rows, size.columns, {"last readings", "kind", "line", "age"});
+    std::stringstream table;
+    PrintTable(table, rows);
     std::vector<std::string> lines;
-    for (std::string line; std::getline(table, line);) lines.push_back(line);
+    for (std::string line; std::getline(table, line);) {
+      const bool is_bad = lines.size() > 0 && lines.size() <= bad;
+      lines.push_back(is_bad ? Alert(Clipped(line, size.columns), Stream::kOutput) : Clipped(line, size.columns));
+    }
     constexpr char kHome[] = "\033[H";
     constexpr char kClearLine[] = "\033[K";
     constexpr char kClearBelow[] = "\033[J";
-    const TerminalSize size = SizeOfTerminal(Stream::kOutput);
     std::string screen = kHome;
-    for (const std::string& line : OnePage(lines, size.rows, std::chrono::floor<std::chrono::seconds>(now - began_))) {
-      screen += Clipped(line, size.columns) + kClearLine + '\n';
-    }
+    const auto watched = std::chrono::floor<std::chrono::seconds>(now - began_);
+    for (const std::string& line : OnePage(lines, size.rows, watched)) screen += line + kClearLine + '\n';
     std::cout << screen << kClearBelow << std::flush;
   }
 
   void PrintStatistics(std::ostream& out) const {
     for (const Device& device : devices_) {
-      out << device.device.name << ": ";
+      out << Escaped(device.device.name) << ": ";
       device.statistics.Print(out);
     }
   }

@@ -83,7 +83,7 @@ TEST(Site, IsCheckedWhole) {
       {device(R"("kind": "envir", "address": 256)"),                                                        "/probe/address: a whole number from 0 to 255 is needed"          },
       {device(R"("kind": "envir", "interval": "2h")"),                                                      "/probe/interval: a time "                                        },
       {device(R"("kind": "ups", "show": "maker")"),                                                         "/probe/show: ups has no number \"maker\""                        },
-      {device(R"("kind": "envir", "scale": {"register_1": {"factor": 0}})"),                                "/register_1/factor: a number above 0"                          },
+      {device(R"("kind": "envir", "scale": {"register_1": {"factor": 0}})"),                                "/register_1/factor: a number above 0"                            },
       {device(R"("kind": "envir", "scale": {"heat": {}})"),                                                 "/scale/heat: envir has no number \"heat\""                       },
       {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
                      "B": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"y": {"kind": "ups"}}}}})",

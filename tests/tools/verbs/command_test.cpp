@@ -42,7 +42,7 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
       {"poll envir --port COM1:9600,x,8,1",        "the parity is n, o, e, m or s"                },
       {"poll envir --port COM1:9600,n,9,1",        "the data bits are 5, 6, 7 or 8"               },
       {"poll envir --port COM1:9600,n,8,3",        "the stop bits are 1, 1.5 or 2"                },
-      {"poll envir --port /dev/null:9600,n",         "four fields are needed, not 2"                },
+      {"poll envir --port /dev/null:9600,n",       "four fields are needed, not 2"                },
       {"poll envir --port COM1 --address 256",     "a number from 0 to 255 is needed, not \"256\""},
       {"poll envir --port COM1 --address -1",      "a number from 0 to 255"                       },
       {"poll envir --port COM1 --address 1x",      "a number from 0 to 255"                       },
