@@ -2,18 +2,12 @@
 
 #include <utility>
 
+#include "tests/support/modbus_crc.h"
+
 namespace fieldline::test {
 
 Bytes WithCrc(Bytes bytes) {
-  unsigned crc = 0xFFFF;
-  for (const BYTE byte : bytes) {
-    crc ^= byte;
-    for (int bit = 0; bit < 8; ++bit) {
-      const bool carry = crc & 1;
-      crc >>= 1;
-      if (carry) crc ^= 0xA001;
-    }
-  }
+  const unsigned crc = ModbusCrc(bytes);
   bytes.push_back(static_cast<BYTE>(crc & 0xFF));
   bytes.push_back(static_cast<BYTE>(crc >> 8));
   return bytes;
