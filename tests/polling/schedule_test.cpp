@@ -83,9 +83,9 @@ TEST(Schedule, PausesGrowUntilTheDeviceAnswersOrTheLineIsNew) {
   schedule.Restart(kStart + 1s);
   EXPECT_EQ(schedule.Next(kStart + 1s)->due, kStart + 1s);
   expect_pause(kStart + 1s, 2s);
-  schedule.Answered(0, kStart + 3s);
-  EXPECT_EQ(schedule.Next(kStart + 3s)->due, kStart + 4s);
-  expect_pause(kStart + 4s, 2s);
+  schedule.Answered(0, kStart + 5s);
+  EXPECT_EQ(schedule.Next(kStart + 5s)->due, kStart + 5s);
+  expect_pause(kStart + 5s, 2s);
 }
 
 }  // namespace

@@ -209,7 +209,7 @@ TEST(Terminal, HasProgressColourAndATable) {
                                        "devices": {"rack": {"kind": "envir"}}}}})");
   const ToolResult watch = RunTool("watch --count 1 " + directory.Path("site.json"), Output::kTerminals);
   EXPECT_THAT(watch.out, StartsWith("\033[2J\033[Hline  device  kind   value  age  state  last readings\033[K"));
-  EXPECT_THAT(watch.out, HasSubstr("A     rack    envir              no_answer x1  ·\033[K"));
+  EXPECT_THAT(watch.out, HasSubstr("\033[31mA     rack    envir              no_answer x1  ·\033[0m\033[K"));
 }
 
 }  // namespace
