@@ -8,10 +8,14 @@ namespace fieldline::tool {
 
 using TableRow = std::vector<std::string>;
 
-// Left-aligned columns, two spaces apart. The first row holds the headings; all rows are as long.
+// Left-aligned columns, two spaces apart. The first row holds the headings; all rows are as long. What a cell holds for
+// no terminal is escaped.
 void PrintTable(std::ostream& out, const std::vector<TableRow>& rows);
 
 // The same as a table of a Markdown document.
 void PrintMarkdownTable(std::ostream& out, const std::vector<TableRow>& rows);
+
+// The first `columns` characters of a UTF-8 text.
+std::string Clipped(const std::string& text, int columns);
 
 }  // namespace fieldline::tool
