@@ -30,6 +30,46 @@ std::size_t PrintableLength(std::string_view text) {
   return wrong ? 0 : length;
 }
 
+std::string Escape(std::string_view text, std::string_view backslash) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string escaped;
+  while (!text.empty()) {
+    const std::size_t length = PrintableLength(text);
+    const char first = text.front();
+    if (first == '\\') {
+      escaped += backslash;
+    } else if (length > 0) {
+      escaped += text.substr(0, length);
+    } else if (first == '\r' || first == '\n' || first == '\t') {
+      escaped += first == '\r' ? "\\r" : first == '\n' ? "\\n" : "\\t";
+    } else {
+      const auto byte = static_cast<unsigned char>(first);
+      escaped += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    }
+    text.remove_prefix(std::max<std::size_t>(1, length));
+  }
+  return escaped;
+}
+
+// Characters to add, leave out, change or swap with their neighbour, to make one text of the other.
+std::size_t Slips(std::string_view a, std::string_view b) {
+  std::vector<std::vector<std::size_t>> slips(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t k = 0; k <= b.size(); ++k) {
+      std::size_t& here = slips[i][k];
+      if (i == 0 || k == 0) {
+        here = i + k;
+        continue;
+      }
+      const std::size_t changed = slips[i - 1][k - 1] + (a[i - 1] == b[k - 1] ? 0 : 1);
+      here = std::min({slips[i - 1][k] + 1, slips[i][k - 1] + 1, changed});
+      const bool swapped = i > 1 && k > 1 && a[i - 1] == b[k - 2] && a[i - 2] == b[k - 1];
+      if (swapped) here = std::min(here, slips[i - 2][k - 2] + 1);
+    }
+  }
+  return slips[a.size()][b.size()];
+}
+
 }  // namespace
 
 std::string Hex(std::span<const BYTE> bytes, std::size_t most) {
@@ -60,25 +100,23 @@ std::optional<long> ParseInteger(std::string_view text) {
 
 std::string Fixed(double number, int decimals) { return Print("%.*f", decimals, number); }
 
-std::string Escaped(std::string_view text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string escaped;
-  while (!text.empty()) {
-    const std::size_t length = PrintableLength(text);
-    const char first = text.front();
-    if (first == '\\') {
-      escaped += "\\\\";
-    } else if (length > 0) {
-      escaped += text.substr(0, length);
-    } else if (first == '\r' || first == '\n' || first == '\t') {
-      escaped += first == '\r' ? "\\r" : first == '\n' ? "\\n" : "\\t";
-    } else {
-      const auto byte = static_cast<unsigned char>(first);
-      escaped += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
-    }
-    text.remove_prefix(std::max<std::size_t>(1, length));
+std::string Escaped(std::string_view text) { return Escape(text, "\\\\"); }
+
+std::string ForTerminal(std::string_view message) { return Escape(message, "\\"); }
+
+std::string DidYouMean(std::string_view text, std::span<const std::string> candidates) {
+  constexpr std::size_t kLongest = 40;  // of what is worth a look
+  if (text.size() > kLongest) return {};
+  std::size_t least = std::min<std::size_t>(3, (text.size() + 2) / 2);
+  const std::string* nearest = nullptr;
+  for (const std::string& candidate : candidates) {
+    const bool begun = text.size() > 1 && candidate.starts_with(text);
+    const std::size_t slips = begun ? 1 : Slips(text, candidate);
+    if (slips >= least) continue;
+    least = slips;
+    nearest = &candidate;
   }
-  return escaped;
+  return nearest != nullptr ? "; did you mean " + *nearest + '?' : std::string();
 }
 
 std::string Join(std::span<const std::string> parts, std::string_view between) {

@@ -26,6 +26,12 @@ std::string Fixed(double number, int decimals);
 // as \r, \n, \t or \xNN, and a backslash as two.
 std::string Escaped(std::string_view text);
 
+// The same for a whole message, which may hold backslashes of its own: these stay single.
+std::string ForTerminal(std::string_view message);
+
+// "; did you mean poll?" when one of `candidates` is `text` but for a slip or two, else nothing.
+std::string DidYouMean(std::string_view text, std::span<const std::string> candidates);
+
 // "a, b, c"
 std::string Join(std::span<const std::string> parts, std::string_view between = ", ");
 

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <fstream>
-#include <mutex>
-#include <ostream>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "fieldline/types.h"
+#include "polling/line_file.h"
 
 namespace fieldline {
 
@@ -15,18 +13,19 @@ namespace fieldline {
 class TraceOutput {
  public:
   // "-" for standard error, a path for a file, which is made anew, or nothing. Throws UsageError when the file can't be
-  // written.
+  // opened.
   explicit TraceOutput(const std::string& trace);
 
-  bool IsWanted() const { return out_ != nullptr; }
+  bool IsWanted() const { return kind_ != Kind::kNone; }
 
   // The time, `mark`, the bytes, and what they mean below them. A file has all bytes, standard error no whole pictures.
   void Show(std::string_view mark, std::span<const BYTE> bytes, std::string_view meaning);
 
  private:
-  std::ofstream file_;
-  std::ostream* out_ = nullptr;
-  std::mutex mutex_;
+  enum class Kind { kNone, kStandardError, kFile };
+
+  Kind kind_ = Kind::kNone;
+  LineFile file_;
 };
 
 }  // namespace fieldline

@@ -1,18 +1,22 @@
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "fieldline/platform/console.h"
 #include "fieldline/sensor/sensor_factory.h"
 #include "fieldline/serial/hub_ser_factory.h"
 #include "polling/exit_code.h"
-#include "polling/text.h"
-#include "tools/output/alert.h"
-#include "tools/verbs/verb.h"
+#include "polling/line_file.h"
+#include "tools/options/arguments.h"
+#include "tools/output/report.h"
+#include "tools/output/standard_output.h"
+#include "tools/simulation/clean_up.h"
 #include "tools/verbs/verbs.h"
+#include "tools/watchdog.h"
 
 namespace fieldline::tool {
 namespace {
@@ -20,11 +24,12 @@ namespace {
 constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0  every poll was answered and accepted\n"
-    "  1  some polls failed, or all for different reasons\n"
+    "  1  some polls failed, or all for different reasons; or the verb was cut short\n"
     "  2  an argument is wrong; nothing was done\n"
     "  3  the line can't be opened, or it vanished\n"
     "  4  nothing answered\n"
-    "  5  what came is not the reply that was asked for";
+    "  5  what came is not the reply that was asked for\n"
+    "  6  an output can't be written";
 
 // CLI11 writes "--trace{-}", for what the option is without a value.
 class HelpFormatter final : public CLI::Formatter {
@@ -36,7 +41,7 @@ class HelpFormatter final : public CLI::Formatter {
   }
 };
 
-int Main(int argc, char** argv) {
+ExitCode RunVerb(int argc, char** argv) {
   CLI::App app("Talks to the field devices of a machine-room monitoring unit, and simulates them.", "fieldline");
   app.formatter(std::make_shared<HelpFormatter>());
   app.set_version_flag("--version", FIELDLINE_VERSION);
@@ -48,32 +53,51 @@ int Main(int argc, char** argv) {
   for (const Verb& verb : verbs) {
     verb.command->footer(verb.command->get_footer() + "\n\n" + kExitCodes);
   }
+  const Verb* const verb = ParseArguments(app, verbs, argc, argv);
+  return verb != nullptr ? verb->run() : ExitCode::kGood;
+}
 
+ExitCode RunAndComplain(int argc, char** argv) {
   try {
-    app.parse(argc, argv);
-    for (const Verb& verb : verbs) {
-      if (verb.command->parsed()) return ToStatus(verb.run());
-    }
-  } catch (const CLI::ParseError& error) {
-    // 0 for --help and --version, which CLI11 reports as errors.
-    return app.exit(error) == 0 ? ToStatus(ExitCode::kGood) : ToStatus(ExitCode::kUsage);
+    return RunVerb(argc, argv);
   } catch (const UsageError& error) {
-    std::cerr << "fieldline: " << Alert(error.what()) << '\n';
+    Complain(error.what());
+    return ExitCode::kUsage;
+  } catch (const std::bad_alloc&) {
+    Complain("memory is short");
+  } catch (const std::exception& error) {
+    Complain(error.what());
   }
-  return ToStatus(ExitCode::kUsage);
+  return ExitCode::kSomeFailed;
+}
+
+// The status of the program: an output that could not be written counts more than what came of the verb.
+int Conclude(ExitCode code) {
+  const std::optional<std::string> failure = OutputFailure();
+  if (failure) Complain(*failure);
+  return ToStatus(failure ? ExitCode::kNoOutput : code);
+}
+
+// Nothing that the verb uses is released: it still uses it.
+void GiveUp() {
+  CleanUpNow();
+  std::_Exit(Conclude(ExitCode::kSomeFailed));
 }
 
 }  // namespace
 }  // namespace fieldline::tool
 
 int main(int argc, char** argv) {
-  int status = fieldline::ToStatus(fieldline::ExitCode::kSomeFailed);
-  try {
-    status = fieldline::tool::Main(argc, argv);
-  } catch (const std::exception& error) {
-    std::cerr << "fieldline: " << error.what() << '\n';
+  using namespace fieldline;
+  PrepareStreams();
+  CatchInterrupts();
+  ExitCode code;
+  {
+    const tool::Watchdog watchdog(tool::GiveUp);
+    const tool::StandardOutput output;
+    code = tool::RunAndComplain(argc, argv);
+    CSensorFactory::FreeInstance();
+    CHubSerFactory::FreeInstance();
   }
-  CSensorFactory::FreeInstance();
-  CHubSerFactory::FreeInstance();
-  return status;
+  return tool::Conclude(code);
 }

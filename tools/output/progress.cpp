@@ -1,8 +1,11 @@
 #include "tools/output/progress.h"
 
 #include <iostream>
+#include <system_error>
 
 #include "fieldline/platform/console.h"
+#include "polling/text.h"
+#include "tools/output/table.h"
 
 namespace fieldline::tool {
 namespace {
@@ -16,7 +19,12 @@ constexpr auto kRedraw = 200ms;
 
 Progress::Progress(ISerBase* port, bool wanted) : port_(port) {
   if (port_ != nullptr) port_->InsertObserver(this);
-  if (wanted && IsTerminal(Stream::kError)) drawer_ = std::thread([this] { Run(); });
+  if (!wanted || !IsTerminal(Stream::kError)) return;
+  try {
+    drawer_ = std::thread([this] { Run(); });
+  } catch (const std::system_error&) {
+    // No thread can be made; the work matters more than its progress.
+  }
 }
 
 Progress::~Progress() {
@@ -68,7 +76,11 @@ void Progress::Run() {
 
 void Progress::Draw() {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(Clock::now() - began_).count();
-  std::cerr << "\r\033[K" << what_ << ": " << seconds << " s" << (detail_.empty() ? "" : ", ") << detail_ << std::flush;
+  std::string line = what_ + ": " + std::to_string(seconds) + " s";
+  if (!detail_.empty()) line += ", " + detail_;
+  const int columns = SizeOfTerminal(Stream::kError).columns - 1;  // the last one would move some cursors on
+  line = "\r\033[K" + Clipped(ForTerminal(line), columns);
+  std::cerr << line;
   drawn_ = true;
 }
 

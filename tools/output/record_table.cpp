@@ -21,7 +21,7 @@ struct Row {
 
 void AppendRows(std::vector<Row>& rows, const RecordField& field, const BYTE* record) {
   if (IsText(field)) {
-    rows.push_back({std::string(field.name), '"' + RecordText(field, record) + '"', {}, true});
+    rows.push_back({std::string(field.name), '"' + Escaped(RecordText(field, record)) + '"', {}, true});
   } else if (field.count == 1 || IsPhysical(field)) {
     for (int i = 0; i < field.count; ++i) {
       const long long raw = RawNumber(field, record, i);

@@ -6,8 +6,11 @@
 
 namespace fieldline::tool {
 
-// One line on standard output.
+// One line on standard output. May be called from any thread.
 void PrintJson(const nlohmann::ordered_json& json);
+
+// What is wrong, on standard error.
+void Complain(const std::string& text);
 
 // "envir at address 1", or "ups".
 std::string Subject(const Kind& kind, int address);

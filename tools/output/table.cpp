@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "polling/text.h"
+
 namespace fieldline::tool {
 namespace {
 
@@ -17,7 +19,7 @@ std::vector<std::size_t> Widths(const std::vector<TableRow>& rows) {
   std::vector<std::size_t> widths;
   for (const TableRow& row : rows) {
     widths.resize(row.size());
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Columns(row[i]));
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Columns(ForTerminal(row[i])));
   }
   return widths;
 }
@@ -42,7 +44,8 @@ void PrintTable(std::ostream& out, const std::vector<TableRow>& rows) {
   for (const TableRow& row : rows) {
     std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
-      line += row[i] + std::string(widths[i] - Columns(row[i]) + kGap, ' ');
+      const std::string cell = ForTerminal(row[i]);
+      line += cell + std::string(widths[i] - Columns(cell) + kGap, ' ');
     }
     out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
   }
@@ -59,6 +62,15 @@ void PrintMarkdownTable(std::ostream& out, const std::vector<TableRow>& rows) {
     out << "|\n";
     heading = false;
   }
+}
+
+std::string Clipped(const std::string& text, int columns) {
+  std::size_t end = 0;
+  for (; end < text.size(); ++end) {
+    const bool begins_character = (text[end] & 0xC0) != 0x80;
+    if (begins_character && columns-- == 0) break;
+  }
+  return text.substr(0, end);
 }
 
 }  // namespace fieldline::tool

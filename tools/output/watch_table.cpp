@@ -88,13 +88,4 @@ std::vector<std::string> OnePage(const std::vector<std::string>& lines, int rows
   return shown;
 }
 
-std::string Clipped(const std::string& text, int columns) {
-  std::size_t end = 0;
-  for (; end < text.size(); ++end) {
-    const bool begins_character = (text[end] & 0xC0) != 0x80;
-    if (begins_character && columns-- == 0) break;
-  }
-  return text.substr(0, end);
-}
-
 }  // namespace fieldline::tool

@@ -46,7 +46,4 @@ std::string Sparkline(const std::deque<std::optional<double>>& readings);
 // five seconds, and which page it is.
 std::vector<std::string> OnePage(const std::vector<std::string>& lines, int rows, std::chrono::seconds watched);
 
-// The first `columns` characters of a UTF-8 text.
-std::string Clipped(const std::string& text, int columns);
-
 }  // namespace fieldline::tool

@@ -1,5 +1,6 @@
 #include "tools/simulation/link_directory.h"
 
+#include <fstream>
 #include <system_error>
 
 #include "tools/verbs/verb.h"
@@ -8,44 +9,89 @@ namespace fieldline::tool {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr char kList[] = ".fieldline-links";
+constexpr char kHeading[] = "Links made by fieldline sim, and their targets";
+
+}  // namespace
+
 LinkDirectory::LinkDirectory(const fs::path& directory) {
+  const auto refuse = [&](const std::string& why) {
+    throw UsageError("--links \"" + directory.string() + "\": " + why);
+  };
   std::error_code error;
   made_ = fs::create_directories(directory, error);
   if (!error) directory_ = fs::canonical(directory, error);
-  if (error || !fs::is_directory(directory_)) {
-    throw UsageError("the directory \"" + directory.string() + "\" can't be made" +
-                     (error ? ": " + error.message() : std::string()));
+  if (error) refuse("the directory can't be made: " + error.message());
+  if (!fs::is_directory(directory_)) refuse("this is no directory");
+  error = lock_.Take(directory_.string());
+  if (error == std::errc::operation_would_block) {
+    refuse("another simulator has its links there; end it, or choose another directory");
   }
+  if (error) refuse("the directory can't be locked: " + error.message());
+  BeginList();
 }
 
-LinkDirectory::~LinkDirectory() {
-  std::error_code ignored;
-  for (const auto& [link, target] : links_) {
-    // Another simulation may have taken the link over.
-    if (fs::read_symlink(link, ignored) == target) fs::remove(link, ignored);
+void LinkDirectory::BeginList() {
+  const fs::path path = directory_ / kList;
+  RequireFree(kList);
+  {
+    std::ifstream list(path);
+    std::string name;
+    std::string target;
+    std::getline(list, name);  // the heading
+    // No other simulator has the directory, so this one was killed.
+    while (std::getline(list, name, ' ') && std::getline(list, target)) RemoveLink(name, target);
   }
-  if (made_) fs::remove(directory_, ignored);
+  clean_up_.emplace([this] { Remove(); });
+  if (const std::error_code error = list_.Open(path.string(), LineFile::Mode::kNew)) {
+    throw UsageError("\"" + path.string() + "\" can't be written: " + error.message());
+  }
+  list_.Append(std::string(kHeading) + '\n');
 }
 
 void LinkDirectory::RequireFree(std::string_view name) const {
+  const fs::path path = directory_ / name;
   std::error_code error;
-  const fs::file_type type = fs::symlink_status(directory_ / name, error).type();
-  if (type == fs::file_type::not_found || type == fs::file_type::symlink) return;
-  throw UsageError("\"" + Path(name) + "\" exists and is no link; remove it, or choose another directory");
+  const fs::file_type type = fs::symlink_status(path, error).type();
+  if (type == fs::file_type::not_found) return;
+  if (name == kList && type == fs::file_type::regular) {
+    std::ifstream list(path);
+    std::string line;
+    if (std::getline(list, line) && line == kHeading) return;
+  }
+  throw UsageError("\"" + path.string() +
+                   "\" exists, and no simulator made it; remove it, or choose another directory");
 }
 
-void LinkDirectory::Point(std::string_view name, const std::string& target) {
-  const fs::path link = directory_ / name;
-  links_[link] = target;
-  if (target.empty()) {
-    fs::remove(link);
-    return;
-  }
-  // Renamed into place, so that whoever opens the link meanwhile finds the old one or the new one.
-  const fs::path next = link.string() + ".new";
-  fs::remove(next);
-  fs::create_symlink(target, next);
-  fs::rename(next, link);
+bool LinkDirectory::Point(std::string_view name, const std::string& target) {
+  const std::lock_guard lock(mutex_);
+  if (removed_) return true;
+  const std::string link(name);
+  if (const auto former = links_.extract(link)) RemoveLink(link, former.mapped());
+  if (target.empty()) return true;
+  list_.Append(link + ' ' + target + '\n');
+  std::error_code error;
+  fs::create_symlink(target, directory_ / link, error);
+  if (!error) links_[link] = target;
+  return !error;
+}
+
+// Only while it still points where it did: somebody may have put a link of his own in its place.
+void LinkDirectory::RemoveLink(const std::string& name, const std::string& target) const {
+  const fs::path link = directory_ / fs::path(name).filename();
+  std::error_code error;
+  if (fs::read_symlink(link, error) == target && !error) fs::remove(link, error);
+}
+
+void LinkDirectory::Remove() {
+  const std::lock_guard lock(mutex_);
+  removed_ = true;
+  for (const auto& [link, target] : links_) RemoveLink(link, target);
+  std::error_code ignored;
+  fs::remove(directory_ / kList, ignored);
+  if (made_) fs::remove(directory_, ignored);
 }
 
 }  // namespace fieldline::tool

@@ -13,6 +13,7 @@
 #include "sim/devices/display.h"
 #include "sim/models.h"
 #include "tools/output/report.h"
+#include "tools/output/standard_output.h"
 #include "tools/output/table.h"
 
 namespace fieldline::tool {
@@ -139,7 +140,7 @@ void TraceLine(std::string_view name, sim::Line& line, TraceOutput& trace) {
 void ShowWhatArrives(std::string_view name, sim::Device& device, bool json) {
   const auto show = [name = std::string(name), json](const std::string& text) {
     if (!json) {
-      std::cout << text + '\n' << std::flush;
+      PrintLines(text + '\n');
       return;
     }
     PrintJson({
@@ -150,7 +151,10 @@ void ShowWhatArrives(std::string_view name, sim::Device& device, bool json) {
     });
   };
   if (auto* const board = dynamic_cast<sim::AlarmBoard*>(&device)) {
-    board->SetListener([show](const sim::AlarmMessage& message) { show(sim::ToText(message)); });
+    board->SetListener([show, json](const sim::AlarmMessage& message) {
+      const std::string text = sim::ToText(message);
+      show(json ? text : Escaped(text));
+    });
   } else if (auto* const display = dynamic_cast<sim::Display*>(&device)) {
     display->SetListener([show](sim::Display& shown) {
       const std::string screen = shown.Screen();

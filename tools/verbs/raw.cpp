@@ -113,7 +113,6 @@ ExitCode Run(const Arguments& arguments) {
   const auto began = std::chrono::steady_clock::now();
   Bytes reply;
   if (!failure) {
-    CatchInterrupts();
     Progress progress(&port, arguments.output.ShowsProgress());
     progress.Begin("raw");
     const int size = static_cast<int>(request.size());

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,6 @@
 #include "sim/scenario.h"
 #include "tools/options/number_option.h"
 #include "tools/options/output_option.h"
-#include "tools/output/alert.h"
 #include "tools/output/report.h"
 #include "tools/simulation/link_directory.h"
 #include "tools/simulation/scenario_file.h"
@@ -167,11 +167,14 @@ void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirector
       {"paths",  ordered_json::object()                   }
   };
   std::string text;
-  if (event.at.count() > 0) text = Fixed(static_cast<double>(event.at.count()) / 1000, 1) + " s  " + event.note + '\n';
+  if (event.at.count() > 0)
+    text = Fixed(static_cast<double>(event.at.count()) / 1000, 1) + " s  " + ForTerminal(event.note) + '\n';
   for (const auto* lines : {&event.unplugged, &event.replugged}) {
     for (const std::string& line : *lines) {
       const std::string path = room.Path(line);
-      if (links != nullptr) links->Point(line, path);
+      if (links != nullptr && !links->Point(line, path)) {
+        Complain("\"" + links->Path(line) + "\" is another's now; it stays as it is");
+      }
       text += "  " + line + (path.empty() ? " is unplugged" : " is " + path) + '\n';
       object["paths"][line] = path.empty() ? ordered_json() : ordered_json(path);
     }
@@ -212,7 +215,6 @@ ExitCode Run(const Arguments& arguments) {
   }
 
   TraceOutput trace(arguments.output.trace);
-  CatchInterrupts();
   // The unit's own inputs need a file.
   std::optional<ScratchDirectory> scratch;
   if (!std::ranges::all_of(layout.devices, [](const sim::RoomDevice& device) { return device.kind->HasLine(); })) {
@@ -233,7 +235,7 @@ ExitCode Run(const Arguments& arguments) {
   }
   if (!arguments.image.empty()) ShowPicture(arguments.image, layout, room);
   if (!room.Start()) {
-    std::cerr << "fieldline: " << Alert("the system has no pseudo-terminal left") << '\n';
+    Complain("the system has no pseudo-terminal left");
     return ExitCode::kNoLine;
   }
 
@@ -241,7 +243,10 @@ ExitCode Run(const Arguments& arguments) {
   player.Advance(milliseconds(0));
   for (const std::string& setting : arguments.values) SetValue(setting, layout, room);  // over the scenario's
   if (links) {
-    for (const sim::RoomLine& line : layout.lines) links->Point(line.name, room.Path(line.name));
+    for (const sim::RoomLine& line : layout.lines) {
+      if (links->Point(line.name, room.Path(line.name))) continue;
+      throw std::runtime_error("the link \"" + links->Path(line.name) + "\" can't be made");
+    }
   }
   const PathOf path_of = [&](std::string_view line) { return links ? links->Path(line) : room.Path(line); };
   if (arguments.output.json) {

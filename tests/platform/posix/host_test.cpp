@@ -130,7 +130,7 @@ TEST(ClockPosixTest, LocalTimeFollowsTheTimeZone) {
   former != nullptr ? setenv("TZ", kept.c_str(), 1) : unsetenv("TZ");
 }
 
-TEST(ConsoleTest, TheFirstInterruptIsToldAndTheSecondEndsTheProgram) {
+TEST(ConsoleTest, TheFirstInterruptsAreToldAndTheThirdEndsTheProgram) {
   const pid_t child = fork();
   if (child == 0) {
     const int nothing = open("/dev/null", O_RDWR);
@@ -140,8 +140,10 @@ TEST(ConsoleTest, TheFirstInterruptIsToldAndTheSecondEndsTheProgram) {
     if (Interrupted() || !SleepUnlessInterrupted(1)) _exit(2);
     raise(SIGINT);
     if (!Interrupted() || SleepUnlessInterrupted(3'600'000)) _exit(3);
+    raise(SIGHUP);
+    if (InterruptCount() != 2) _exit(4);
     raise(SIGTERM);
-    _exit(4);
+    _exit(5);
   }
   ASSERT_GT(child, 0);
   int status = 0;
