@@ -122,8 +122,11 @@ double Physical(const RecordField& field, long long raw) {
 
 std::string PhysicalText(const RecordField& field, long long raw) {
   if (!IsPhysical(field)) return {};
-  const std::string number = Fixed(Physical(field, raw), Decimals(field));
-  return field.unit.empty() ? number : number + ' ' + std::string(field.unit);
+  return field.unit.empty() ? NumberText(field, raw) : NumberText(field, raw) + ' ' + std::string(field.unit);
+}
+
+std::string NumberText(const RecordField& field, long long raw) {
+  return IsPhysical(field) ? Fixed(Physical(field, raw), Decimals(field)) : std::to_string(raw);
 }
 
 bool IsPlausible(Fields fields, const BYTE* record) {

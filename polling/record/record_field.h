@@ -78,6 +78,9 @@ bool IsPlausible(const RecordField& field, double physical);
 double Physical(const RecordField& field, long long raw);
 std::string PhysicalText(const RecordField& field, long long raw);
 
+// The same without a unit; a field that is not physical as the record holds it.
+std::string NumberText(const RecordField& field, long long raw);
+
 // The number of a field that is no run, in its unit; and as text, with its unit after it.
 double PhysicalNumber(const RecordField& field, const BYTE* record);
 std::string PhysicalNumberText(const RecordField& field, const BYTE* record);

@@ -34,9 +34,11 @@ std::string WithoutControls(const std::string& json) {
 
 }  // namespace
 
-void PrintJson(const ordered_json& json) {
-  PrintLines(WithoutControls(json.dump(-1, ' ', false, ordered_json::error_handler_t::replace)) + '\n');
+std::string ToLine(const ordered_json& json) {
+  return WithoutControls(json.dump(-1, ' ', false, ordered_json::error_handler_t::replace)) + '\n';
 }
+
+void PrintJson(const ordered_json& json) { PrintLines(ToLine(json)); }
 
 void Complain(const std::string& text) {
   const std::string message = "fieldline: " + Alert(ForTerminal(text)) + '\n';
@@ -50,7 +52,7 @@ std::string Subject(const Kind& kind, int address) {
 }
 
 void ShowWarning(const std::string& subject, const Warning& warning) {
-  std::cerr << "fieldline: " << subject << ": warning: " << Alert(warning.message) << '\n';
+  std::cerr << "fieldline: " << ForTerminal(subject) << ": warning: " << Alert(ForTerminal(warning.message)) << '\n';
 }
 
 void ShowFailure(const std::string& subject, const Failure& failure) {

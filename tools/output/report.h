@@ -6,6 +6,9 @@
 
 namespace fieldline::tool {
 
+// The object as a line, without control characters.
+std::string ToLine(const nlohmann::ordered_json& json);
+
 // One line on standard output. May be called from any thread.
 void PrintJson(const nlohmann::ordered_json& json);
 

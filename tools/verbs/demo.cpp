@@ -173,7 +173,6 @@ bool Unit::Show(const sim::RoomDevice& device, const PollResult& result, Fields 
 }
 
 ExitCode Run(const Arguments& arguments) {
-  CatchInterrupts();
   const ScratchDirectory scratch;
   const std::string flash_root = scratch.Path().string();
   UseFlashRoot(flash_root);

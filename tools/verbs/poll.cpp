@@ -19,6 +19,8 @@
 #include "tools/options/number_option.h"
 #include "tools/options/output_option.h"
 #include "tools/output/picture_progress.h"
+#include "tools/output/poll_csv.h"
+#include "tools/output/poll_log.h"
 #include "tools/output/record_table.h"
 #include "tools/output/report.h"
 #include "tools/verbs/verbs.h"
@@ -45,6 +47,8 @@ struct Arguments {
   int until_good = 0;
   std::chrono::milliseconds interval{1000};
   OutputArguments output;
+  std::string log;
+  bool csv = false;
   std::string flash_root;
 };
 
@@ -57,26 +61,48 @@ struct Target {
 
 std::string SubjectOf(const Target& target) { return Subject(target.kind, target.address); }
 
-void ShowPoll(const Target& target, const PollResult& result, const std::optional<Snapshot>& snapshot, bool json) {
-  if (json) {
-    ordered_json line = PollHead(target.kind, target.address, target.port, result);
-    AddOutcome(line, result, FieldsOf(target.kind));
-    if (snapshot) AddSnapshot(line, *snapshot);
-    PrintJson(line);
-  } else if (result.failure) {
-    ShowFailure(SubjectOf(target), *result.failure);
-  } else {
-    std::cout << SubjectOf(target);
-    if (!target.port.empty()) std::cout << " on " << target.port;
+// Shows polls as the arguments ask for, and logs them.
+class Reporter {
+ public:
+  Reporter(const Arguments& arguments, const Target& target)
+      : arguments_(arguments), target_(target), log_(arguments.log) {
+    if (arguments.csv) std::cout << CsvHeadings(FieldsOf(target.kind)) << std::flush;
+  }
+
+  void Show(const PollResult& result, const std::optional<Snapshot>& snapshot) {
+    if (arguments_.output.json || log_.IsWanted()) {
+      ordered_json line = PollHead(target_.kind, target_.address, target_.port, result);
+      AddOutcome(line, result, FieldsOf(target_.kind));
+      if (snapshot) AddSnapshot(line, *snapshot);
+      log_.Append(line);
+      if (arguments_.output.json) PrintJson(line);
+    }
+    if (arguments_.output.json) return;
+    if (arguments_.csv) std::cout << CsvRow(FieldsOf(target_.kind), result) << std::flush;
+    if (result.failure) {
+      ShowFailure(SubjectOf(target_), *result.failure);
+    } else if (!arguments_.csv) {
+      ShowRecord(result, snapshot);
+    }
+    if (result.warning) ShowWarning(SubjectOf(target_), *result.warning);
+  }
+
+ private:
+  void ShowRecord(const PollResult& result, const std::optional<Snapshot>& snapshot) const {
+    std::cout << SubjectOf(target_);
+    if (!target_.port.empty()) std::cout << " on " << target_.port;
     std::cout << ", " << Fixed(result.duration.count(), 1) << " ms\n";
-    PrintRecord(std::cout, FieldsOf(target.kind), result.record.data());
+    PrintRecord(std::cout, FieldsOf(target_.kind), result.record.data());
     if (snapshot) std::cout << "  " << snapshot->path << ", " << snapshot->size << " bytes\n";
     std::cout << std::flush;
-    if (result.warning) ShowWarning(SubjectOf(target), *result.warning);
   }
-}
 
-ExitCode PollSeries(const Arguments& arguments, const Target& target, PolledLine* line) {
+  const Arguments& arguments_;
+  const Target& target_;
+  PollLog log_;
+};
+
+ExitCode PollSeries(const Arguments& arguments, const Target& target, Reporter& reporter, PolledLine* line) {
   const std::unique_ptr<CSensorBase> driver = RequireDriver(target.kind);
   const PollOptions options = line != nullptr ? OptionsOf(line->config()) : PollOptions{};
   const bool camera = IsCamera(target.kind);
@@ -92,7 +118,7 @@ ExitCode PollSeries(const Arguments& arguments, const Target& target, PolledLine
     if (camera) snapshot = FindSnapshot(target.kind, arguments.flash_root, driver->m_pData, &result);
     progress.End();
     statistics.Add(result);
-    ShowPoll(target, result, snapshot, arguments.output.json);
+    reporter.Show(result, snapshot);
     last_failure = result.failure;
     if (result.failure && result.failure->exit == ExitCode::kNoLine) break;
     if (arguments.until_good != 0 && !result.failure) break;
@@ -118,20 +144,20 @@ ExitCode Run(const Arguments& arguments) {
   }
   if (!kind.HasLine()) {
     ApplyMaps(arguments.line);
-    CatchInterrupts();
-    return PollSeries(arguments, target, nullptr);
+    Reporter reporter(arguments, target);
+    return PollSeries(arguments, target, reporter, nullptr);
   }
 
   TraceOutput trace(arguments.output.trace);
   const LineConfig line = WithOptions(ResolveLine(arguments.line, UsualSettings(kind)), arguments.poll);
   target.port = line.shown;
   PolledPort<CSerBase> polled(&trace, {}, SER_COM);
+  Reporter reporter(arguments, target);
   if (const std::optional<Failure> failure = polled.Open(line)) {
-    ShowPoll(target, FailedToOpen(*failure), {}, arguments.output.json);
+    reporter.Show(FailedToOpen(*failure), {});
     return failure->exit;
   }
-  CatchInterrupts();
-  return PollSeries(arguments, target, &polled);
+  return PollSeries(arguments, target, reporter, &polled);
 }
 
 }  // namespace
@@ -154,6 +180,9 @@ Verb AddPoll(CLI::App& app) {
               [arguments](std::chrono::milliseconds interval) { arguments->interval = interval; });
   AddFlashRoot(command, arguments->flash_root);
   AddOutputOptions(command, arguments->output);
+  command.add_flag("--csv", arguments->csv, "A row of headings, then comma-separated values, a row a poll")
+      ->excludes("--json");
+  AddLogOption(command, arguments->log);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

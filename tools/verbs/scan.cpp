@@ -201,7 +201,6 @@ class Scan {
         ShowNoLine(pass.line, *failure);
         return failure->exit;
       }
-      CatchInterrupts();
       counts_ = {};
       if (const std::optional<ExitCode> end = ProbeAll(pass)) return *end;
       Conclude(pass.line);

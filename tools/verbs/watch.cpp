@@ -9,6 +9,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -21,6 +22,7 @@
 #include "tools/options/number_option.h"
 #include "tools/options/output_option.h"
 #include "tools/output/alert.h"
+#include "tools/output/poll_log.h"
 #include "tools/output/report.h"
 #include "tools/output/table.h"
 #include "tools/output/watch_table.h"
@@ -44,13 +46,14 @@ struct Arguments {
   int count = 0;
   std::optional<std::chrono::milliseconds> duration;
   OutputArguments output;
+  std::string log;
 };
 
 // All that is known of a site's devices. Told by the threads of its lines.
 class Watched {
  public:
   // `site` must outlive this.
-  Watched(const Site& site, bool json) : json_(json) {
+  Watched(const Site& site, bool json, PollLog& log) : json_(json), log_(log) {
     for (const SiteLine& line : site.lines) {
       for (const SiteDevice& device : line.devices) devices_.push_back({line, device, DeviceView(line, device), {}});
     }
@@ -62,7 +65,7 @@ class Watched {
     device.statistics.Add(result);
     all_.Add(result);
     device.view.Add(result, DeviceView::Clock::now());
-    if (json_) PrintPoll(device, result);
+    if (json_ || log_.IsWanted()) Report(device, result);
   }
 
   // Replaces what is on the screen.
@@ -115,14 +118,16 @@ class Watched {
     Statistics statistics;
   };
 
-  static void PrintPoll(const Device& device, const PollResult& result) {
+  void Report(const Device& device, const PollResult& result) {
     ordered_json json =
         PollHead(*device.device.kind, device.device.address, device.line.name, device.device.name, result);
     AddOutcome(json, result, device.device.fields);
-    PrintJson(json);
+    log_.Append(json);
+    if (json_) PrintJson(json);
   }
 
   const bool json_;
+  PollLog& log_;
   const DeviceView::Clock::time_point began_ = DeviceView::Clock::now();
   std::mutex mutex_;
   std::deque<Device> devices_;
@@ -133,11 +138,11 @@ ExitCode Run(const Arguments& arguments) {
   const Site site = ReadSite(arguments.file);
   const bool table = !arguments.output.json && arguments.output.trace != "-" && IsTerminal(Stream::kOutput);
   TraceOutput trace(arguments.output.trace);
-  Watched watched(site, !table);
+  PollLog log(arguments.log);
+  Watched watched(site, !table, log);
   WatchLimits limits{.polls = arguments.count};
   if (arguments.duration) limits.end = Schedule::Clock::now() + *arguments.duration;
 
-  CatchInterrupts();
   std::deque<LineWorker> workers;
   for (const SiteLine& line : site.lines) {
     workers.emplace_back(line, limits, trace, [&watched](const SiteDevice& device, const PollResult& result) {
@@ -147,11 +152,17 @@ ExitCode Run(const Arguments& arguments) {
   std::atomic<std::size_t> running = workers.size();
   std::vector<std::jthread> threads;
   threads.reserve(workers.size());
-  for (LineWorker& worker : workers) {
-    threads.emplace_back([&] {
-      worker.Run();
-      --running;
-    });
+  try {
+    for (LineWorker& worker : workers) {
+      threads.emplace_back([&] {
+        worker.Run();
+        --running;
+      });
+    }
+  } catch (const std::system_error& error) {
+    Interrupt();
+    Complain("no thread can be made for line " + Escaped(site.lines[threads.size()].name) + ": " + error.what());
+    return ExitCode::kSomeFailed;
   }
   if (table) {
     constexpr int kRedraw = 500;  // ms
@@ -178,6 +189,7 @@ Verb AddWatch(CLI::App& app) {
   AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",
               [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; });
   AddOutputOptions(command, arguments->output);
+  AddLogOption(command, arguments->log);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

@@ -1,0 +1,47 @@
+#include "tools/output/poll_csv.h"
+
+#include "polling/text.h"
+
+namespace fieldline::tool {
+namespace {
+
+// In quotation marks where the value would be taken for several, or for a formula of a spreadsheet.
+std::string Cell(const std::string& text) {
+  const bool plain = text.find_first_of(",\"\r\n") == text.npos && text.find_first_of("=+-@") != 0;
+  if (plain) return text;
+  std::string cell = "\"";
+  for (const char c : text) cell += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return cell + '"';
+}
+
+template <typename Visit>
+void VisitNumbers(Fields fields, Visit visit) {
+  for (const RecordField& field : fields) {
+    for (int i = 0; i < (IsText(field) ? 1 : field.count); ++i) visit(field, i);
+  }
+}
+
+}  // namespace
+
+std::string CsvHeadings(Fields fields) {
+  std::string row = "time,ok,error,duration_ms";
+  VisitNumbers(fields, [&](const RecordField& field, int index) {
+    const std::string unit = field.unit.empty() ? "" : " (" + std::string(field.unit) + ')';
+    row += ',' + Cell(FieldName(field, index) + unit);
+  });
+  return row + '\n';
+}
+
+std::string CsvRow(Fields fields, const PollResult& result) {
+  std::string row = IsoTime(result.time) + (result.failure ? ",0," + std::string(result.failure->code) : ",1,") + ',' +
+                    Fixed(result.duration.count(), 3);
+  VisitNumbers(fields, [&](const RecordField& field, int index) {
+    row += ',';
+    if (result.record.empty()) return;
+    row += IsText(field) ? Cell(RecordText(field, result.record.data()))
+                         : NumberText(field, RawNumber(field, result.record.data(), index));
+  });
+  return row + '\n';
+}
+
+}  // namespace fieldline::tool
