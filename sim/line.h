@@ -55,7 +55,8 @@ class Line {
   // May be called at any time.
   void SetFaults(Faults faults);
 
-  // Makes the line and starts serving it. False when the system has no line left.
+  // Makes the line and starts serving it. False when the system has no line left. Throws std::system_error when it has
+  // no thread left.
   bool Start();
 
   // Ends serving and hangs the line up: the near end sees a pulled adapter. Does nothing when not started.
