@@ -17,7 +17,9 @@ const Kind& RequirePolledKind(std::string_view name) {
   for (const Kind& kind : kKinds) {
     if (kind.IsPolled()) names.emplace_back(kind.name);
   }
-  throw UsageError("there is no kind \"" + std::string(name) + "\"; the kinds are " + Join(names));
+  const std::string guess = DidYouMean(name, names);
+  throw UsageError("there is no kind \"" + std::string(name) + "\"" +
+                   (guess.empty() ? "; the kinds are " + Join(names) : guess));
 }
 
 std::string UsualSettings(const Kind& kind) { return std::to_string(kind.baud) + ",n,8,1"; }

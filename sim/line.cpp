@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <system_error>
 
 namespace fieldline::sim {
 namespace {
@@ -30,7 +31,12 @@ void Line::SetFaults(Faults faults) {
 bool Line::Start() {
   if (!terminal_.Open()) return false;
   received_.clear();
-  thread_ = std::jthread([this](const std::stop_token& stop) { Run(stop); });
+  try {
+    thread_ = std::jthread([this](const std::stop_token& stop) { Run(stop); });
+  } catch (const std::system_error& error) {
+    terminal_.Close();
+    throw std::system_error(error.code(), "no thread can be made for a line");
+  }
   return true;
 }
 

@@ -55,7 +55,8 @@ class Line {
   // Thread-safe; can be called at any time.
   void SetFaults(Faults faults);
 
-  // Opens the line and starts its thread. Returns false when the system has no pseudo-terminal left.
+  // Opens the line and starts its thread. Returns false when the system has no pseudo-terminal left; throws
+  // std::system_error when it has no thread left.
   bool Start();
 
   // Stops the thread and hangs up: the near end sees a pulled adapter. Does nothing when not started.

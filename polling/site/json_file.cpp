@@ -1,10 +1,9 @@
 #include "polling/site/json_file.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <set>
 
+#include "polling/read_file.h"
 #include "polling/site/duration.h"
 #include "polling/text.h"
 #include "polling/usage_error.h"
@@ -14,34 +13,81 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// The parser keeps the last of two members of one name without a word.
-class DuplicateKeys {
- public:
-  explicit DuplicateKeys(const std::string& file) : file_(file) {}
+constexpr std::size_t kMostBytes = 1 << 20;
+constexpr std::size_t kDeepest = 64;
 
-  bool operator()(int, ordered_json::parse_event_t event, const ordered_json& parsed) {
-    if (event == ordered_json::parse_event_t::object_start) {
-      open_.emplace_back();
-    } else if (event == ordered_json::parse_event_t::object_end) {
-      open_.pop_back();
-    } else if (event == ordered_json::parse_event_t::key) {
-      if (!open_.back().insert(parsed.get<std::string>()).second) {
-        throw UsageError(file_ + ": " + parsed.dump() + " stands twice in one object");
-      }
-    }
+std::string Start(const std::string& text) {
+  constexpr std::size_t kMost = 40;
+  return text.size() <= kMost ? text : text.substr(0, kMost) + "...";
+}
+
+// Looks for what the parser would take, or not explain: a key twice in an object, of which it keeps the last without a
+// word, nesting that exhausts the stack of whoever walks it, and numbers beyond its own.
+class Checker final : public nlohmann::json_sax<ordered_json> {
+ public:
+  Checker(const std::string& file, std::string_view text) : file_(file), text_(text) {}
+
+  bool null() override { return true; }
+  bool boolean(bool) override { return true; }
+  bool number_integer(number_integer_t) override { return true; }
+  bool number_unsigned(number_unsigned_t) override { return true; }
+  bool number_float(number_float_t, const string_t&) override { return true; }
+  bool string(string_t&) override { return true; }
+  bool binary(binary_t&) override { return true; }
+  bool start_object(std::size_t) override { return Begin(); }
+  bool end_object() override { return End(); }
+  bool start_array(std::size_t) override { return Begin(); }
+  bool end_array() override { return End(); }
+
+  bool key(string_t& name) override {
+    const bool is_new = levels_.back().keys.insert(name).second;
+    if (!is_new) throw UsageError(file_ + ": " + Place() + ": duplicate key \"" + name + '"');
+    levels_.back().last = name;
     return true;
   }
 
- private:
-  const std::string& file_;
-  std::vector<std::set<std::string>> open_;
-};
+  bool parse_error(std::size_t position, const std::string& token, const nlohmann::detail::exception& error) override {
+    // "[json.exception.parse_error.101] parse error at line 1, column 2: ..."
+    const std::string reason = error.what();
+    if (reason.starts_with("[json.exception.parse_error")) {
+      throw UsageError(file_ + ": " + reason.substr(reason.find("] ") + 2));
+    }
+    const std::string_view before = text_.substr(0, position);
+    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+    throw UsageError(file_ + ": line " + std::to_string(line) + ": the number " + Start(token) + " is out of range");
+  }
 
-std::string Shortened(const ordered_json& value) {
-  constexpr std::size_t kMost = 40;
-  const std::string text = value.dump(-1, ' ', true);
-  return text.size() <= kMost ? text : text.substr(0, kMost) + "...";
-}
+ private:
+  struct Level {
+    std::set<std::string> keys;  // none of an array
+    std::string last;
+  };
+
+  bool Begin() {
+    levels_.emplace_back();
+    if (levels_.size() <= kDeepest) return true;
+    throw UsageError(file_ + ": " + Start(Place()) + ": more than " + std::to_string(kDeepest) +
+                     " objects and arrays lie in one another");
+  }
+
+  bool End() {
+    levels_.pop_back();
+    return true;
+  }
+
+  // The keys that lead to the innermost object.
+  std::string Place() const {
+    std::string place;
+    for (const Level& level : levels_) {
+      if (!level.last.empty() && &level != &levels_.back()) place += '/' + level.last;
+    }
+    return place.empty() ? "/" : place;
+  }
+
+  const std::string& file_;
+  const std::string_view text_;
+  std::vector<Level> levels_;
+};
 
 }  // namespace
 
@@ -49,7 +95,9 @@ void JsonNode::Refuse(const std::string& reason) const {
   throw UsageError(*file_ + ": " + (place_.empty() ? "/" : place_) + ": " + reason);
 }
 
-void JsonNode::RefuseAsNot(const std::string& what) const { Refuse(what + " is needed, not " + Shortened(*value_)); }
+void JsonNode::RefuseAsNot(const std::string& what_is_needed) const {
+  Refuse(what_is_needed + " is needed, not " + Start(value_->dump(-1, ' ', true)));
+}
 
 void JsonNode::RequireObject(std::initializer_list<std::string_view> keys) const {
   for (const auto& [key, member] : Members()) {
@@ -116,21 +164,16 @@ long JsonNode::Integer(long low, long high) const {
 }
 
 std::chrono::milliseconds JsonNode::Duration() const {
-  const auto duration = ParseDuration(value_->is_string() ? value_->get<std::string>() : value_->dump());
-  if (!duration) RefuseAsNot("a time (" + std::string(kDurationForm) + ")");
+  const auto duration = ParseDuration(value_->is_string() ? value_->get<std::string>() : value_->dump(), kDay);
+  if (!duration) RefuseAsNot("a time (" + std::string(kDurationForm) + ", up to a day)");
   return *duration;
 }
 
 JsonFile::JsonFile(std::string path) : path_(std::move(path)) {
-  std::ifstream file(path_, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path_)) throw UsageError(path_ + ": the file can't be read");
-  try {
-    document_ = ordered_json::parse(file, DuplicateKeys(path_));
-  } catch (const ordered_json::parse_error& error) {
-    // "[json.exception.parse_error.101] parse error at line 1, column 2: ..."
-    const std::string reason = error.what();
-    throw UsageError(path_ + ": " + reason.substr(reason.find("] ") + 2));
-  }
+  const std::string text = ReadFile(path_, kMostBytes);
+  Checker checker(path_, text);
+  ordered_json::sax_parse(text, &checker);
+  document_ = ordered_json::parse(text);
 }
 
 }  // namespace fieldline

@@ -19,6 +19,7 @@ class JsonNode {
       : value_(&value), file_(&file), place_(std::move(place)) {}
 
   [[noreturn]] void Refuse(const std::string& reason) const;
+  [[noreturn]] void RefuseAsNot(const std::string& what_is_needed) const;
 
   // An object that has no other keys than these.
   void RequireObject(std::initializer_list<std::string_view> keys) const;
@@ -35,13 +36,11 @@ class JsonNode {
   bool Flag() const;
   double Number(double low, double high) const;
   long Integer(long low, long high) const;
-  std::chrono::milliseconds Duration() const;  // 250, "250ms" or "5s"
+  std::chrono::milliseconds Duration() const;  // 250, "250ms" or "5m", up to a day
 
   const nlohmann::ordered_json& value() const { return *value_; }
 
  private:
-  [[noreturn]] void RefuseAsNot(const std::string& what) const;
-
   const nlohmann::ordered_json* value_;
   const std::string* file_;
   std::string place_;
@@ -49,7 +48,8 @@ class JsonNode {
 
 class JsonFile {
  public:
-  // Throws UsageError when the file can't be read, is no JSON (with line and column), or has a key twice in an object.
+  // Throws UsageError when the file can't be read, has more than 1 MiB, is no JSON (with line and column), has a number
+  // out of range, a key twice in an object, or more than 64 levels.
   explicit JsonFile(std::string path);
 
   JsonNode Root() const { return {document_, path_, ""}; }

@@ -5,10 +5,12 @@
 #include <functional>
 #include <string>
 
+#include "polling/site/duration.h"
+
 namespace fieldline::tool {
 
-// Adds an option that takes a time such as 250ms or 5s.
+// Adds an option that takes a time such as 250ms or 5s, of at most `most`.
 void AddDuration(CLI::App& command, const std::string& name, const std::string& description,
-                 std::function<void(std::chrono::milliseconds)> store);
+                 std::function<void(std::chrono::milliseconds)> store, std::chrono::milliseconds most = kDay);
 
 }  // namespace fieldline::tool

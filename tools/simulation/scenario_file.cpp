@@ -56,7 +56,7 @@ class Reader {
       if (known == nullptr) values.Refuse("there is no such device; there are " + Join(DeviceNames()));
       for (const auto& [name, value] : values.Members()) {
         const bool usable = value.value().is_number() || value.value().is_string();
-        if (!usable) value.Refuse("a number or a text is needed, not " + value.value().dump());
+        if (!usable) value.RefuseAsNot("a number or a text");
         sim::Setting setting{device, name, value.value().is_string() ? value.Text() : value.value().dump()};
         std::string error;
         if (!known->Set(name, setting.text, &error)) value.Refuse(error);
@@ -81,7 +81,7 @@ class Reader {
     node.RequireObject({"fault", "nth", "every", "probability", "delay"});
     const JsonNode name = node.Get("fault");
     std::optional<sim::FaultRule> rule = sim::FaultNamed(name.Text());
-    if (!rule) name.Refuse("drop, corrupt, truncate, noise or delay is needed, not \"" + name.Text() + '"');
+    if (!rule) name.RefuseAsNot("drop, corrupt, truncate, noise or delay");
     const auto set = [&](const JsonNode& condition, std::string_view as, const std::string& value) {
       if (const std::string wrong = sim::SetCondition(*rule, as, value); !wrong.empty()) condition.Refuse(wrong);
     };

@@ -45,7 +45,48 @@ std::string_view TrafficMark(sim::Traffic traffic) {
   }
 }
 
+std::vector<sim::Value> ValuesOf(const Kind& kind) {
+  const sim::RoomLine line = {kind.name, static_cast<std::uint32_t>(kind.baud)};
+  const sim::RoomDevice device = {kind.name, kind.name, &kind, kind.address};
+  sim::RoomLayout layout;
+  layout.lines = {&line, 1};
+  layout.devices = {&device, 1};
+  sim::Room room(layout, {});  // never started; it knows the values
+  return room.FindValues(kind.name)->List();
+}
+
+// A text has neither range nor decimals, but a length.
+ordered_json ToJson(const sim::Value& value) {
+  const bool text = value.max_length > 0;
+  ordered_json json;
+  json["name"] = value.name;
+  json["unit"] = value.unit.empty() ? ordered_json() : ordered_json(value.unit);
+  json["minimum"] = text ? ordered_json() : ordered_json(value.minimum);
+  json["maximum"] = text ? ordered_json() : ordered_json(value.maximum);
+  json["decimals"] = text ? ordered_json() : ordered_json(value.decimals);
+  json["max_length"] = text ? ordered_json(value.max_length) : ordered_json();
+  json["read_only"] = value.read_only;
+  json["value"] = text ? ordered_json(value.text) : ordered_json(value.number);
+  return json;
+}
+
 }  // namespace
+
+void ListSimulatedAsJson() {
+  for (const Kind& kind : kKinds) {
+    const std::string_view note = sim::ModelOf(kind).note;
+    ordered_json json;
+    json["schema"] = kJsonSchema;
+    json["kind"] = kind.name;
+    json["description"] = kind.description;
+    json["note"] = note.empty() ? ordered_json() : ordered_json(note);
+    json["baud"] = kind.HasLine() ? ordered_json(kind.baud) : ordered_json();
+    json["address"] = kind.HasAddress() ? ordered_json(kind.address) : ordered_json();
+    json["values"] = ordered_json::array();
+    for (const sim::Value& value : ValuesOf(kind)) json["values"].push_back(ToJson(value));
+    PrintJson(json);
+  }
+}
 
 void ListSimulated() {
   for (const Kind& kind : kKinds) {
@@ -54,15 +95,7 @@ void ListSimulated() {
     if (!model.note.empty()) std::cout << ", " << model.note;
     if (kind.HasLine()) std::cout << ", " << kind.baud << " bit/s";
     std::cout << '\n';
-    const sim::RoomLine line = {kind.name, static_cast<std::uint32_t>(kind.baud)};
-    const sim::RoomDevice device = {kind.name, kind.name, &kind, kind.address};
-    sim::Room room(
-        {
-            {&line,   1},
-            {&device, 1}
-    },
-        {});  // never started; it knows the values
-    for (const sim::Value& value : room.FindValues(kind.name)->List()) {
+    for (const sim::Value& value : ValuesOf(kind)) {
       std::cout << "  " << value.name << " = " << sim::ToText(value);
       if (!value.unit.empty()) std::cout << ' ' << value.unit;
       if (value.read_only) {
@@ -99,9 +132,9 @@ void PrintDevices(const sim::RoomLayout& layout, const PathOf& path_of) {
     const std::string path = path_of(line.name);
     std::cout << device.kind->name;
     if (device.address != 0) std::cout << " at address " << device.address;
-    std::cout << " on " << path << ", " << line.baud << " bit/s\n";
+    std::cout << " on " << ForTerminal(path) << ", " << line.baud << " bit/s\n";
     const std::string suggestion = Suggestion(device, line, path);
-    if (!suggestion.empty()) std::cout << "  " << suggestion << '\n';
+    if (!suggestion.empty()) std::cout << "  " << ForTerminal(suggestion) << '\n';
   }
   std::cout << std::flush;
 }

@@ -13,6 +13,7 @@ namespace fieldline::tool {
 
 // All kinds and their values.
 void ListSimulated();
+void ListSimulatedAsJson();
 
 // Path of what opens a line.
 using PathOf = std::function<std::string(std::string_view line)>;

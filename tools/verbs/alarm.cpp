@@ -1,8 +1,5 @@
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +8,7 @@
 #include "polling/alarm_board.h"
 #include "polling/kind_name.h"
 #include "polling/protocol/alarm_frame.h"
+#include "polling/read_file.h"
 #include "polling/text.h"
 #include "polling/trace_output.h"
 #include "tools/options/line_option.h"
@@ -31,6 +29,8 @@ constexpr char kExamples[] =
     "  fieldline alarm sms 5550100 \"Door open\" --port /dev/ttyUSB0\n"
     "  fieldline alarm mms \"Door open\" door.jpg --port COM1:57600,n,8,1 --map COM1=/dev/ttyUSB0\n"
     "  fieldline alarm relay 1 1 --port /dev/ttyUSB0 --json";
+
+constexpr std::size_t kMostMms = 1 << 20;  // bytes
 
 struct Arguments {
   LineArguments line;
@@ -152,23 +152,13 @@ void RequireFit(std::string_view what, std::size_t bytes) {
                    "zero, and " + std::to_string(kMostAlarmPayload) + " go");
 }
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream content;
-  if (!file || std::filesystem::is_directory(path)) {
-    throw UsageError("the file \"" + path + "\" can't be read; write the path of one that can");
-  }
-  content << file.rdbuf();
-  return content.str();
-}
-
 void CheckArguments(const Operation& operation, Arguments& arguments) {
   RequireFit("NUMBER", arguments.number.size() + 1);
   RequireFit("TEXT", arguments.text.size() + 1);
   if (operation.name == "sms") {
     RequireFit("NUMBER and TEXT together", arguments.number.size() + arguments.text.size() + 2);
   }
-  if (!arguments.file.empty()) arguments.data = ReadFile(arguments.file);
+  if (!arguments.file.empty()) arguments.data = ReadFile(arguments.file, kMostMms);
 }
 
 ExitCode Run(const Operation& operation, Arguments& arguments) {
@@ -191,8 +181,8 @@ ExitCode Run(const Operation& operation, Arguments& arguments) {
   } else if (failure) {
     ShowFailure("alarm " + std::string(operation.name), *failure);
   } else {
-    std::cout << "alarm " << operation.name << " on " << line.shown << ", " << Fixed(result.duration.count(), 1)
-              << " ms\n";
+    std::cout << "alarm " << operation.name << " on " << Escaped(line.shown) << ", "
+              << Fixed(result.duration.count(), 1) << " ms\n";
     for (const auto& [name, value] : record.items()) {
       std::cout << "  " << name << "  " << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
     }
@@ -215,7 +205,7 @@ void AddArgument(CLI::App& command, std::string_view name, const std::shared_ptr
   } else if (name == "TEXT") {
     command.add_option("TEXT", arguments->text, "Text, sent as it is written")->type_name("")->required();
   } else if (name == "FILE") {
-    command.add_option("FILE", arguments->file, "File to send")->type_name("")->required();
+    command.add_option("FILE", arguments->file, "File to send, up to 1 MiB")->type_name("")->required();
   }
 }
 

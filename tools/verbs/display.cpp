@@ -91,7 +91,7 @@ ExitCode Run(const Arguments& arguments, const Operation& operation) {
   } else if (failure) {
     ShowFailure("display " + operation.name, *failure);
   } else {
-    std::cout << "display " << operation.name << " sent on " << line.shown << std::endl;
+    std::cout << "display " << operation.name << " sent on " << Escaped(line.shown) << std::endl;
   }
   return failure ? failure->exit : ExitCode::kGood;
 }

@@ -37,6 +37,7 @@ constexpr char kExamples[] =
     "  fieldline raw --port /dev/ttyUSB0:115200,n,8,1 06 --append alarm --read 7 --json";
 
 constexpr char kUsualSettings[] = "9600,n,8,1";
+constexpr int kMostBytes = 65536;  // sent, and received
 constexpr ReadTimeout kUsualTimeout = {6, 100};
 
 struct Arguments {
@@ -60,7 +61,8 @@ std::string Printable(std::span<const BYTE> bytes) {
 Bytes ReadUntilSilence(ISerBase& port, const Arguments& arguments, const ReadTimeout& timeout) {
   const auto silence = std::max(1, timeout.per_byte + timeout.constant);
   Bytes reply;
-  for (long left = std::max(1L, static_cast<long>(arguments.wait.count()) / silence); left > 0 && !Interrupted();) {
+  for (long left = std::max(1L, static_cast<long>(arguments.wait.count()) / silence);
+       left > 0 && reply.size() < kMostBytes && !Interrupted();) {
     BYTE byte;
     if (port.Read(&byte, 1) == 1) {
       reply.push_back(byte);
@@ -100,6 +102,10 @@ ExitCode Run(const Arguments& arguments) {
   }
   const Bytes bytes = arguments.text.empty() ? ParseHexBytes(arguments.bytes) : ParseEscapes(arguments.text);
   const Bytes request = MakeFrame(arguments.append, bytes);
+  if (request.size() > kMostBytes) {
+    throw UsageError("these are " + std::to_string(request.size()) + " bytes; send at most " +
+                     std::to_string(kMostBytes));
+  }
   LineConfig line = ResolveLine(arguments.line, kUsualSettings);
   if (!line.timeout) line.timeout = kUsualTimeout;
   TraceOutput trace(arguments.output.trace);
@@ -153,7 +159,7 @@ ExitCode Run(const Arguments& arguments) {
   } else {
     if (!arguments.output.quiet) std::cerr << "sent " << Hex(request) << '\n';
     Dump(reply);
-    if (!meaning.empty()) std::cout << meaning << '\n';
+    if (!meaning.empty()) std::cout << ForTerminal(meaning) << '\n';
     std::cout << std::flush;
   }
   return failure ? failure->exit : ExitCode::kGood;
@@ -162,7 +168,6 @@ ExitCode Run(const Arguments& arguments) {
 }  // namespace
 
 Verb AddRaw(CLI::App& app) {
-  constexpr int kMostRead = 65536;
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("raw", "Send bytes and show what comes back");
   command.footer(kExamples);
@@ -175,7 +180,8 @@ Verb AddRaw(CLI::App& app) {
           "CID1 CID2 INFO, alarm makes a frame of the alarm board of command and payload")
       ->type_name("crc16|hex-ascii|alarm");
   AddLineOptions(command, arguments->line);
-  AddNumber(command, "--read", 1, kMostRead, "Bytes to read [until the line is silent for one byte's time-out]",
+  AddNumber(command, "--read", 1, kMostBytes,
+            "Bytes to read [until the line is silent for one byte's time-out, at most 65536]",
             [arguments](int count) { arguments->read = count; });
   AddDuration(command, "--wait", "For the first byte, without --read [1s]",
               [arguments](std::chrono::milliseconds wait) { arguments->wait = wait; });

@@ -2,9 +2,7 @@
 #include <chrono>
 #include <deque>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <random>
@@ -14,6 +12,7 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
+#include "polling/read_file.h"
 #include "polling/text.h"
 #include "polling/trace_output.h"
 #include "sim/devices/picture_device.h"
@@ -72,7 +71,9 @@ const Kind& RequireSimulated(const std::string& name) {
   if (const Kind* const kind = FindKind(name)) return *kind;
   std::vector<std::string> names;
   for (const Kind& kind : kKinds) names.emplace_back(kind.name);
-  throw UsageError("no device of the kind \"" + name + "\" can be simulated; there are " + Join(names));
+  const std::string guess = DidYouMean(name, names);
+  throw UsageError("no device of the kind \"" + name + "\" can be simulated" +
+                   (guess.empty() ? "; there are " + Join(names) : guess));
 }
 
 // A line is called after its first device, and a device after its kind: envir, and a second one envir-2. Devices that
@@ -134,9 +135,9 @@ void SetValue(const std::string& setting, const sim::RoomLayout& layout, sim::Ro
 
 // Every camera of the room shows the picture in this file.
 void ShowPicture(const std::string& path, const sim::RoomLayout& layout, sim::Room& room) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw UsageError("--image " + path + ": the file can't be read");
-  const sim::Bytes picture{std::istreambuf_iterator<char>(file), {}};
+  constexpr std::size_t kMost = 65535;
+  const std::string content = ReadFile(path, kMost);
+  const sim::Bytes picture(content.begin(), content.end());
   bool found = false;
   for (const sim::RoomDevice& device : layout.devices) {
     auto* const camera = dynamic_cast<sim::PictureDevice*>(room.FindDevice(device.name));
@@ -167,8 +168,9 @@ void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirector
       {"paths",  ordered_json::object()                   }
   };
   std::string text;
-  if (event.at.count() > 0)
+  if (event.at.count() > 0) {
     text = Fixed(static_cast<double>(event.at.count()) / 1000, 1) + " s  " + ForTerminal(event.note) + '\n';
+  }
   for (const auto* lines : {&event.unplugged, &event.replugged}) {
     for (const std::string& line : *lines) {
       const std::string path = room.Path(line);
@@ -188,7 +190,7 @@ void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirector
 
 ExitCode Run(const Arguments& arguments) {
   if (arguments.list) {
-    ListSimulated();
+    arguments.output.json ? ListSimulatedAsJson() : ListSimulated();
     return ExitCode::kGood;
   }
   const bool whole_room = arguments.kinds.empty();

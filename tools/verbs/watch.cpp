@@ -186,8 +186,9 @@ Verb AddWatch(CLI::App& app) {
   command.add_option("FILE", arguments->file, "Site file, see docs/commissioning.md")->type_name("")->required();
   AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make of each device; 0: until Ctrl-C [0]",
             [arguments](int count) { arguments->count = count; });
-  AddDuration(command, "--duration", "Time to go on for [until Ctrl-C]",
-              [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; });
+  AddDuration(
+      command, "--duration", "Time to go on for [until Ctrl-C]",
+      [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; }, kTenYears);
   AddOutputOptions(command, arguments->output);
   AddLogOption(command, arguments->log);
   return {&command, [arguments] { return Run(*arguments); }};

@@ -67,10 +67,9 @@ int FileDescriptor(Stream stream) {
 bool IsTerminal(Stream stream) { return isatty(FileDescriptor(stream)) == 1; }
 
 TerminalSize SizeOfTerminal(Stream stream) {
-  constexpr TerminalSize kUsualSize = {80, 24};
   winsize size{};
-  if (ioctl(FileDescriptor(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) return kUsualSize;
-  return {size.ws_col, size.ws_row};
+  if (ioctl(FileDescriptor(stream), TIOCGWINSZ, &size) != 0) size = {};
+  return {size.ws_col != 0 ? size.ws_col : 80, size.ws_row != 0 ? size.ws_row : 24};
 }
 
 void PrepareStreams() {

@@ -27,40 +27,44 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
     const char* arguments;
     const char* message;
   } cases[] = {
-      {"",                                         "subcommand is required"                       },
-      {"poll",                                     "KIND is required"                             },
-      {"poll toaster --port COM1",                 "the kinds are envir, "                        },
-      {"poll alarm --port COM1",                   "see fieldline alarm --help"                   },
-      {"poll ups --address 1 --port COM1",         "ups has no address; leave out"                },
-      {"poll envir",                               "such as --port /dev/ttyUSB0:2400,n,8,1"       },
-      {"poll envir --port COM0",                   "\"COM0\" is no device name: write COM1"       },
-      {"poll envir --port com1",                   "\"com1\" is no device name"                   },
-      {"poll envir --port COM1:9600,n,8",          "four fields are needed, not 3"                },
-      {"poll envir --port COM1:9600,n,8,1,0",      "four fields are needed, not 5"                },
-      {"poll envir --port COM1:fast,n,8,1",        "the speed is a number"                        },
-      {"poll envir --port COM1:0,n,8,1",           "the speed is a number"                        },
-      {"poll envir --port COM1:9600,x,8,1",        "the parity is n, o, e, m or s"                },
-      {"poll envir --port COM1:9600,n,9,1",        "the data bits are 5, 6, 7 or 8"               },
-      {"poll envir --port COM1:9600,n,8,3",        "the stop bits are 1, 1.5 or 2"                },
-      {"poll envir --port /dev/null:9600,n",       "four fields are needed, not 2"                },
-      {"poll envir --port COM1 --address 256",     "a number from 0 to 255 is needed, not \"256\""},
-      {"poll envir --port COM1 --address -1",      "a number from 0 to 255"                       },
-      {"poll envir --port COM1 --address 1x",      "a number from 0 to 255"                       },
-      {"poll envir --port COM1 --count many",      "a number from 0 to"                           },
-      {"poll envir --port COM1 --interval 2h",     "write milliseconds, or 250ms or 5s"           },
-      {"poll envir --port COM1 --timeout 6",       "write PER_BYTE,CONSTANT in ms"                },
-      {"poll envir --port COM1 --map COM1",        "write DEVICE=PATH"                            },
-      {"sim --all ups",                            "leave out the kinds, or --all"                },
-      {"sim --baud 9600",                          "--baud is for kinds that are named"           },
-      {"sim toaster",                              "there are envir, "                            },
-      {"sim envir --set heat=1",                   "there are humidity, temperature"              },
-      {"sim envir --set temperature=hot",          "is not a number from"                         },
-      {"sim envir --set temperature",              "write NAME=VALUE"                             },
-      {"sim envir --fault melt",                   "drop, corrupt, truncate, noise or delay"      },
-      {"sim envir --fault drop:every=0",           "corrupt:every=3"                              },
-      {"sim envir --fault drop:p=1.5",             "corrupt:every=3"                              },
-      {"sim envir ups --one-line",                 "ups has no address"                           },
-      {"sim envir envir --one-line --address 255", "would be above 255"                           },
+      {"",                                         "subcommand is required"                            },
+      {"poll",                                     "fieldline: KIND is required; see fieldline poll"   },
+      {"pol envir",                                "fieldline: no verb 'pol'; did you mean poll?"      },
+      {"alarm --port COM1 rely 1 1",               "alarm has no operation 'rely'; did you mean relay?"},
+      {"poll envir --jsno=3",                      "poll has no option '--jsno'; did you mean --json?" },
+      {"poll evnir --port COM1",                   "no kind \"evnir\"; did you mean envir?"            },
+      {"poll envir --interval 25h",                "5m, 72h or 90d, up to 1d; not \"25h\""             },
+      {"poll toaster --port COM1",                 "the kinds are envir, "                             },
+      {"poll alarm --port COM1",                   "see fieldline alarm --help"                        },
+      {"poll ups --address 1 --port COM1",         "ups has no address; leave out"                     },
+      {"poll envir",                               "such as --port /dev/ttyUSB0:2400,n,8,1"            },
+      {"poll envir --port COM0",                   "\"COM0\" is no device name: write COM1"            },
+      {"poll envir --port com1",                   "\"com1\" is no device name"                        },
+      {"poll envir --port COM1:9600,n,8",          "four fields are needed, not 3"                     },
+      {"poll envir --port COM1:9600,n,8,1,0",      "four fields are needed, not 5"                     },
+      {"poll envir --port COM1:fast,n,8,1",        "the speed is a number"                             },
+      {"poll envir --port COM1:0,n,8,1",           "the speed is a number"                             },
+      {"poll envir --port COM1:9600,x,8,1",        "the parity is n, o, e, m or s"                     },
+      {"poll envir --port COM1:9600,n,9,1",        "the data bits are 5, 6, 7 or 8"                    },
+      {"poll envir --port COM1:9600,n,8,3",        "the stop bits are 1, 1.5 or 2"                     },
+      {"poll envir --port /dev/null:9600,n",       "four fields are needed, not 2"                     },
+      {"poll envir --port COM1 --address 256",     "a number from 0 to 255 is needed, not \"256\""     },
+      {"poll envir --port COM1 --address -1",      "a number from 0 to 255"                            },
+      {"poll envir --port COM1 --address 1x",      "a number from 0 to 255"                            },
+      {"poll envir --port COM1 --count many",      "a number from 0 to"                                },
+      {"poll envir --port COM1 --timeout 6",       "write PER_BYTE,CONSTANT in ms"                     },
+      {"poll envir --port COM1 --map COM1",        "write DEVICE=PATH"                                 },
+      {"sim --all ups",                            "leave out the kinds, or --all"                     },
+      {"sim --baud 9600",                          "--baud is for kinds that are named"                },
+      {"sim toaster",                              "there are envir, "                                 },
+      {"sim envir --set heat=1",                   "there are humidity, temperature"                   },
+      {"sim envir --set temperature=hot",          "is not a number from"                              },
+      {"sim envir --set temperature",              "write NAME=VALUE"                                  },
+      {"sim envir --fault melt",                   "drop, corrupt, truncate, noise or delay"           },
+      {"sim envir --fault drop:every=0",           "corrupt:every=3"                                   },
+      {"sim envir --fault drop:p=1.5",             "corrupt:every=3"                                   },
+      {"sim envir ups --one-line",                 "ups has no address"                                },
+      {"sim envir envir --one-line --address 255", "would be above 255"                                },
   };
   for (const auto& c : cases) {
     const ToolResult result = RunTool(c.arguments);
@@ -162,6 +166,16 @@ TEST(EveryVerb, SaysTheSameOnAPipeAndOnATerminal) {
     EXPECT_EQ(terminal.status, status) << words;
     EXPECT_EQ(WithoutNumbers(terminal.out), WithoutNumbers(pipe.out)) << words;
   }
+
+  std::istringstream kinds(RunTool("sim --list --json").out);
+  std::size_t numbers = 0;
+  for (std::string kind; std::getline(kinds, kind);) {
+    const json listed = json::parse(kind);
+    for (const json& value : listed["values"]) {
+      numbers += value["max_length"].is_null() && value["minimum"] <= value["value"] ? 1 : 0;
+    }
+  }
+  EXPECT_GT(numbers, 100u);
 
   RunTool("watch --json --count 1 --trace=" + directory.Path("trace") + ' ' + directory.Path("site.json"));
   EXPECT_THAT(directory.ReadFile("trace"),
