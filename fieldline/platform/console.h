@@ -8,6 +8,9 @@ enum class Stream { kInput, kOutput, kError };
 
 bool IsTerminal(Stream stream);
 
+// Whether `stream` is a pipe that nobody reads any more. A write to it would tell, too; this is for who writes seldom.
+bool IsUnread(Stream stream);
+
 struct TerminalSize {
   int columns;
   int rows;

@@ -265,7 +265,7 @@ ExitCode Run(const Arguments& arguments) {
 
   constexpr int kStep = 100;  // ms
   const auto began = std::chrono::steady_clock::now();
-  while (SleepUnlessInterrupted(kStep)) {
+  while (SleepUnlessInterrupted(kStep) && !IsUnread(Stream::kOutput)) {
     const auto elapsed = std::chrono::floor<milliseconds>(std::chrono::steady_clock::now() - began);
     for (const sim::ScenarioEvent& event : player.Advance(elapsed)) {
       Report(event, room, links ? &*links : nullptr, arguments.output.json);

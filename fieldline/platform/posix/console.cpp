@@ -66,6 +66,9 @@ int FileDescriptor(Stream stream) {
 
 bool IsTerminal(Stream stream) { return isatty(FileDescriptor(stream)) == 1; }
 
+// A terminal that hung up says POLLHUP with it.
+bool IsUnread(Stream stream) { return WaitFor(FileDescriptor(stream), 0, Deadline(0)) == POLLERR; }
+
 TerminalSize SizeOfTerminal(Stream stream) {
   winsize size{};
   if (ioctl(FileDescriptor(stream), TIOCGWINSZ, &size) != 0) size = {};

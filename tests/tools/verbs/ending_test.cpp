@@ -76,28 +76,28 @@ TEST(Links, BelongToOneSimulatorAtATime) {
   const std::string links = directory.Path().string();
   directory.WriteFile("envir.new", "not ours");
   {
-    ToolProcess killed("sim --quiet --links " + links);
-    ASSERT_TRUE(killed.WaitForOutput("EIO1"));
+    ToolProcess killed("sim envir leak onoff --quiet --links " + links);
+    ASSERT_TRUE(killed.WaitForOutput("/onoff:"));
     const ToolResult second = RunTool("sim envir --links " + links);
     EXPECT_EQ(second.status, 2);
     EXPECT_THAT(second.err, HasSubstr("another simulator has its links there"));
     kill(killed.id(), SIGKILL);
     killed.Finish();
   }
-  EXPECT_TRUE(fs::is_symlink(directory.Path("ESL1")));
-  fs::remove(directory.Path("ESL2"));
-  fs::create_symlink("/nowhere", directory.Path("ESL2"));
+  EXPECT_TRUE(fs::is_symlink(directory.Path("onoff")));
+  fs::remove(directory.Path("leak"));
+  fs::create_symlink("/nowhere", directory.Path("leak"));
   {
     ToolProcess sim("sim envir --quiet --links " + links);
     ASSERT_TRUE(sim.WaitForOutput("--port " + links + "/envir:"));
-    EXPECT_FALSE(fs::is_symlink(directory.Path("ESL1")));
+    EXPECT_FALSE(fs::is_symlink(directory.Path("onoff")));
     kill(sim.id(), SIGTERM);
     EXPECT_EQ(sim.Finish().status, 0);
   }
   EXPECT_EQ(directory.ReadFile("envir.new"), "not ours");
-  EXPECT_EQ(fs::read_symlink(directory.Path("ESL2")), "/nowhere");
+  EXPECT_EQ(fs::read_symlink(directory.Path("leak")), "/nowhere");
   EXPECT_EQ(std::distance(fs::directory_iterator(directory.Path()), {}), 2);
-  EXPECT_EQ(RunTool("sim --links " + links).status, 2);
+  EXPECT_EQ(RunTool("sim leak --links " + links).status, 2);
 }
 
 TEST(LineFile, GoesOnInANewFileWhenReopened) {
