@@ -1,9 +1,6 @@
 #include "polling/site/site.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "polling/usage_error.h"
 #include "tests/support/temp_directory.h"
@@ -57,10 +54,7 @@ TEST(Site, IsCheckedWhole) {
   const auto device = [&](const std::string& members) {
     return line(R"("settings": "2400,n,8,1", "devices": {"probe": {)" + members + "}}");
   };
-  const struct {
-    std::string text;
-    const char* message;
-  } cases[] = {
+  const std::pair<std::string, const char*> cases[] = {
       {"{\n  \"lines\": {]\n}",                                                                             "line 2, column 13"                                               },
       {R"({"lines": {"A": {}, "A": {}}})",                                                                  "\"A\" stands twice"                                              },
       {R"({"lines": {}, "line": 1})",                                                                       "/line: there is no such key; the keys are lines"                 },
@@ -92,7 +86,7 @@ TEST(Site, IsCheckedWhole) {
                      "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
        "/lines/B/devices/x: there is a device of this name on A already"                                                                                                      },
   };
-  for (const auto& c : cases) EXPECT_THAT(Refusal(c.text), HasSubstr(c.message)) << c.text;
+  for (const auto& [text, message] : cases) EXPECT_THAT(Refusal(text), HasSubstr(message)) << text;
 }
 
 }  // namespace
