@@ -76,6 +76,7 @@ void LineWorker::Poll(std::size_t index) {
   const PollResult result =
       ::fieldline::Poll(*device.kind, device.address, *devices_[index].driver, line, device.options);
   const auto ended = Clock::now();
+  if (result.failure && result.failure->code == "interrupted") return;
   if (result.failure && result.failure->code == "line_gone") {
     polled_.port().Close();  // an adapter that comes back while it is held open gets another name
   } else if (result.failure && result.failure->exit == ExitCode::kNoAnswer) {

@@ -111,6 +111,8 @@ PollResult PollOnce(const Kind& kind, int address, PolledLine* line, const PollO
   const LineReport report = line->checker().End(good);
   if (good) {
     if (!result.exchanges.empty()) result.warning = FindWarning(protocol, result.exchanges, report);
+  } else if (Interrupted()) {
+    result.failure = Failure{ExitCode::kSomeFailed, "interrupted", "interrupted before the poll ended"};
   } else if (!result.failure) {
     result.failure = DiagnosePoll(kind, address, *line, report, ended);
   }

@@ -1,7 +1,6 @@
 #include "polling/schedule.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>

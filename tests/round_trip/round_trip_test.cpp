@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <nlohmann/json.hpp>
 #include <random>
 #include <set>
-#include <string>
 
 #include "fieldline/kinds.h"
 #include "polling/poller.h"

@@ -14,9 +14,6 @@
 namespace fieldline {
 namespace {
 
-using std::chrono::seconds;
-using std::chrono::steady_clock;
-
 class SerBase : public testing::Test {
  protected:
   void SetUp() override {
@@ -71,13 +68,14 @@ TEST_F(SerBase, RefusesADefinitionThatIsNoneAndChangesNothing) {
   EXPECT_EQ(port.IsOpened(), 1);
   EXPECT_STREQ(port.m_szDef, L"COM1:19200,n,8,1");
   EXPECT_EQ(far_.Baud(), 19200u);
-
+  ASSERT_EQ(port.Open(port.m_szDef), 1) << "the port's own text as the argument";
+  EXPECT_STREQ(port.m_szDef, L"COM1:19200,n,8,1");
   // 51 characters still fit.
   EXPECT_EQ(port.Open((std::wstring(L"COM1:9600,n,") + std::wstring(37, L' ') + L"8,").c_str()), 0) << "three fields";
   EXPECT_EQ(std::wstring(port.m_szDef).size(), 51u);
 }
 
-TEST_F(SerBase, FailuresBehindTheOpenLeaveTheDeviceOpen) {
+TEST_F(SerBase, AFailureBehindTheOpenLeavesTheDeviceOpenAndAnAbsentOneClosed) {
   for (const wchar_t* definition : {L"COM1:9600,n,8", L"COM1:9600,n,8,1,0", L"COM1:0,n,8,1", L"COM1:9600,n,9,1"}) {
     CSerBase port(SER_COM);
     EXPECT_EQ(port.Open(definition), 0) << definition;
@@ -87,9 +85,6 @@ TEST_F(SerBase, FailuresBehindTheOpenLeaveTheDeviceOpen) {
     EXPECT_EQ(port.IsOpened(), 0);
     EXPECT_STREQ(port.m_szDef, L"");
   }
-}
-
-TEST_F(SerBase, AnAbsentDeviceLeavesThePortClosedWithItsDefinition) {
   CSerBase port(SER_COM);
   ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
   EXPECT_EQ(port.Open(L"/nowhere/at/all:9600,n,8,1"), 0);
@@ -98,14 +93,6 @@ TEST_F(SerBase, AnAbsentDeviceLeavesThePortClosedWithItsDefinition) {
   CSerBase other(SER_ESL1);
   EXPECT_EQ(other.Open(L"COM1:9600,n,8,1"), 1) << "the first device was closed";
   other.Close();
-}
-
-TEST_F(SerBase, ReopensTheSameDevice) {
-  CSerBase port(SER_COM);
-  ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
-  ASSERT_EQ(port.Open(port.m_szDef), 1) << "the port's own text as the argument";
-  EXPECT_STREQ(port.m_szDef, L"COM1:9600,n,8,1");
-  port.Close();
 }
 
 TEST_F(SerBase, AClosedPortTransfersNothing) {
@@ -125,14 +112,12 @@ TEST_F(SerBase, TimeoutsActFromTheNextOpenOn) {
   port.SetTimeout(0, 0);
   ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
   port.SetTimeout(std::numeric_limits<int>::max(), std::numeric_limits<int>::max());
-  BYTE bytes[4];
-  const auto start = steady_clock::now();
+  BYTE bytes[4] = {1, 2, 3, 4};
+  const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(port.Read(bytes, 4), 0);
-  EXPECT_LT(steady_clock::now() - start, seconds(30));
-
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
   ASSERT_EQ(port.Open(L"COM1:9600,n,8,1"), 1);
-  const BYTE reply[] = {1, 2, 3, 4};
-  ASSERT_EQ(far_.Write(reply, 4), 4);
+  ASSERT_EQ(far_.Write(bytes, 4), 4);
   EXPECT_EQ(port.Read(bytes, 4), 4);
   port.Close();
 }
@@ -163,10 +148,14 @@ class SerBaseObservers : public SerBase {
   }
   void TearDown() override { port_.Close(); }
 
-  void Write(const char* text) {
-    const std::string bytes(text);
-    ASSERT_EQ(port_.Write(reinterpret_cast<const BYTE*>(text), static_cast<int>(bytes.size())),
-              static_cast<int>(bytes.size()));
+  void Write(const std::string& text) {
+    const int count = static_cast<int>(text.size());
+    ASSERT_EQ(port_.Write(reinterpret_cast<const BYTE*>(text.data()), count), count);
+  }
+  void ExpectLogs(const char* first, const char* second, const char* third) {
+    EXPECT_EQ(observers_[0].log, first);
+    EXPECT_EQ(observers_[1].log, second);
+    EXPECT_EQ(observers_[2].log, third);
   }
 
   CSerBase port_{SER_COM};
@@ -174,22 +163,20 @@ class SerBaseObservers : public SerBase {
   Observer late_;
 };
 
-TEST_F(SerBaseObservers, KeepTheOrderOfRegistration) {
+TEST_F(SerBaseObservers, KeepTheOrderOfRegistrationAndHearWhatPassed) {
+  Write("ask");
+  BYTE bytes[8] = {'r', 'e', 'p', 'l', 'y'};
+  EXPECT_EQ(port_.Read(bytes, 8), 0);
+  ASSERT_EQ(far_.Write(bytes, 5), 5);
+  ASSERT_EQ(port_.Read(bytes, 5), 5);
+  ExpectLogs("wask rreply ", "wask rreply ", "wask rreply ");
+
   EXPECT_EQ(port_.InsertObserver(nullptr), -1);
   EXPECT_EQ(port_.InsertObserver(&observers_[1]), 1);
   EXPECT_EQ(port_.RemoveObserver(&late_), -1);
   EXPECT_EQ(port_.RemoveObserver(&observers_[0]), 0);
   EXPECT_EQ(port_.InsertObserver(&observers_[1]), 0);
   EXPECT_EQ(port_.InsertObserver(&observers_[2]), 1);
-}
-
-TEST_F(SerBaseObservers, HearWhatPassedAndNothingElse) {
-  Write("ask");
-  BYTE bytes[8];
-  EXPECT_EQ(port_.Read(bytes, 8), 0);
-  ASSERT_EQ(far_.Write(reinterpret_cast<const BYTE*>("reply"), 5), 5);
-  ASSERT_EQ(port_.Read(bytes, 5), 5);
-  for (const Observer& observer : observers_) EXPECT_EQ(observer.log, "wask rreply ");
 }
 
 TEST_F(SerBaseObservers, MayComeAndGoWhileBeingTold) {
@@ -201,9 +188,7 @@ TEST_F(SerBaseObservers, MayComeAndGoWhileBeingTold) {
   };
   Write("one");
   Write("two");
-  EXPECT_EQ(observers_[0].log, "wone ");
-  EXPECT_EQ(observers_[1].log, "");
-  EXPECT_EQ(observers_[2].log, "wone wtwo ");
+  ExpectLogs("wone ", "", "wone wtwo ");
   EXPECT_EQ(late_.log, "wtwo ");
 }
 
@@ -215,9 +200,7 @@ TEST_F(SerBaseObservers, MayUseThePortWhileBeingTold) {
     Write("in");
   };
   Write("out");
-  EXPECT_EQ(observers_[0].log, "wout win ");
-  EXPECT_EQ(observers_[1].log, "wout win ");
-  EXPECT_EQ(observers_[2].log, "win wout ");
+  ExpectLogs("wout win ", "wout win ", "win wout ");
 }
 
 }  // namespace

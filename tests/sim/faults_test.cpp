@@ -38,12 +38,10 @@ TEST(Faults, HitTheRepliesOfTheirRule) {
 }
 
 TEST(Faults, InjureAsTheySay) {
-  const auto once = [](std::uint32_t seed, Fault fault) {
-    return Injured(seed,
-                   {
-                       {.fault = fault, .nth = 1}
-    },
-                   1)[0];
+  FaultRule rule = {.nth = 1};
+  const auto once = [&](std::uint32_t seed, Fault fault) {
+    rule.fault = fault;
+    return Injured(seed, {rule}, 1)[0];
   };
   for (std::uint32_t seed = 0; seed < 200; ++seed) {
     SCOPED_TRACE(seed);
@@ -52,33 +50,30 @@ TEST(Faults, InjureAsTheySay) {
     int flipped = 0;
     for (std::size_t i = 0; i < kReply.size(); ++i) flipped += std::popcount<unsigned>(corrupt[i] ^ kReply[i]);
     EXPECT_EQ(flipped, 1);
+
     const Bytes truncated = once(seed, Fault::kTruncate);
     EXPECT_LT(truncated.size(), kReply.size());
     EXPECT_TRUE(std::equal(truncated.begin(), truncated.end(), kReply.begin()));
+
     const Bytes noisy = once(seed, Fault::kNoise);
     ASSERT_GT(noisy.size(), kReply.size());
     EXPECT_TRUE(std::equal(kReply.rbegin(), kReply.rend(), noisy.rbegin()));
   }
-  Faults late(1, {
-                     {.fault = Fault::kDelay, .every = 1, .delay = 70ms}
-  });
+  rule = {.fault = Fault::kDelay, .nth = 1, .delay = 70ms};
   Reply reply{kReply, 30ms};
-  late.Injure(reply);
+  Faults(1, {rule}).Injure(reply);
   EXPECT_EQ(reply.delay, 100ms);
   EXPECT_EQ(reply.bytes, kReply);
 }
 
 TEST(Faults, FollowTheSeed) {
-  const std::vector<FaultRule> rules = {
-      {.fault = Fault::kCorrupt, .probability = 0.3},
-      {.fault = Fault::kDrop,    .probability = 0.2}
-  };
-  const auto injured = Injured(42, rules, 100);
-  EXPECT_EQ(injured, Injured(42, rules, 100));
-  EXPECT_NE(injured, Injured(43, rules, 100));
+  const FaultRule rule = {.fault = Fault::kCorrupt, .probability = 0.3};
+  const auto injured = Injured(42, {rule}, 100);
+  EXPECT_EQ(injured, Injured(42, {rule}, 100));
+  EXPECT_NE(injured, Injured(43, {rule}, 100));
   const auto intact = std::ranges::count(injured, kReply);
-  EXPECT_GT(intact, 0);
-  EXPECT_LT(intact, 100);
+  EXPECT_GT(intact, 40);
+  EXPECT_LT(intact, 95);
 }
 
 }  // namespace

@@ -21,12 +21,7 @@ class FlashImages {
   std::string Read(const std::string& name) const { return root_.ReadFile(Path() / name); }
   bool IsEmpty() const { return std::filesystem::is_empty(Path()); }
 
-  // In place of the image directory: nothing, or a file.
   void RemoveDirectory() const { std::filesystem::remove_all(Path()); }
-  void ReplaceDirectoryByFile() const {
-    RemoveDirectory();
-    root_.WriteFile(Path(), "");
-  }
   // In place of a picture: a device that takes no byte.
   void MakeFull(const std::string& name) const { std::filesystem::create_symlink("/dev/full", Path() / name); }
 

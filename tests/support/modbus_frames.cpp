@@ -24,4 +24,10 @@ Bytes RegisterReply(BYTE device, BYTE function, const std::vector<WORD>& registe
   return WithCrc(std::move(bytes));
 }
 
+std::vector<WORD> Counting(int base, int first, int count) {
+  std::vector<WORD> registers;
+  for (int k = first; k < first + count; ++k) registers.push_back(static_cast<WORD>(base + k));
+  return registers;
+}
+
 }  // namespace fieldline::test

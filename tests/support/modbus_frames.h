@@ -16,4 +16,7 @@ Bytes WithCrc(const std::string& hex);
 // The reply of `device` that carries these registers, high byte first.
 Bytes RegisterReply(BYTE device, BYTE function, const std::vector<WORD>& registers);
 
+// `count` registers from `first` on: register k holds `base` + k.
+std::vector<WORD> Counting(int base, int first, int count);
+
 }  // namespace fieldline::test

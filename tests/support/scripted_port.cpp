@@ -1,7 +1,5 @@
 #include "tests/support/scripted_port.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <sstream>
 #include <utility>
@@ -49,21 +47,18 @@ ScriptedPort& ScriptedPort::Reply(int ask, Bytes bytes) {
 }
 
 int ScriptedPort::Open(const wchar_t*) {
-  ++opens;
   calls += 'o';
   open = can_open;
   return can_open;
 }
 
 int ScriptedPort::Close() {
-  ++closes;
   calls += 'c';
   open = 0;
   return 1;
 }
 
 int ScriptedPort::Purge() {
-  ++purges;
   calls += 'p';
   return open;
 }

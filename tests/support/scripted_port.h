@@ -1,11 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <deque>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "fieldline/serial/i_ser_base.h"
+#include "tests/support/stub_port.h"
 
 namespace fieldline::test {
 
@@ -21,7 +23,7 @@ std::string ToHex(const Bytes& bytes);
 
 // A port that plays a script: the writes it expects, in order, and the reads it serves. A write that differs from the
 // script, a read that is not scripted, and a script that is not played to its end fail the test.
-class ScriptedPort final : public ISerBase {
+class ScriptedPort final : public StubPort {
  public:
   ScriptedPort() = default;
   ~ScriptedPort();
@@ -38,27 +40,15 @@ class ScriptedPort final : public ISerBase {
 
   bool Done() const { return script_.empty(); }
 
-  ENUM_SERTYPE GetSerType() override { return SER_ESL1; }
-  wchar_t* GetSerNote() override { return nullptr; }
   int Open(const wchar_t* def) override;
   int Close() override;
   int IsOpened() override { return open; }
-  int SetDef(const wchar_t*) override { return 0; }
-  int SetPort(int) override { return 1; }
-  int SetBaud(int) override { return 1; }
-  int SetTimeout(int, int) override { return 1; }
   int Purge() override;
   int Read(BYTE* data, int count) override;
   int Write(const BYTE* data, int count) override;
-  int InsertObserver(ISerObserver*) override { return -1; }
-  int RemoveObserver(ISerObserver*) override { return -1; }
-  int GetData(int, int) override { return 0; }
 
-  int open = 1;      // what IsOpened reports; Open sets and Close clears it
-  int can_open = 1;  // what Open reports
-  int purges = 0;
-  int opens = 0;
-  int closes = 0;
+  int open = 1;                   // what IsOpened reports; Open sets and Close clears it
+  int can_open = 1;               // what Open reports
   std::function<void()> on_read;  // called at the start of every read
   std::string calls;              // one letter a call: p(urge), o(pen), c(lose), w(rite), r(ead)
 

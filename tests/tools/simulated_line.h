@@ -3,25 +3,30 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string_view>
+#include <string>
 #include <utility>
-#include <vector>
 
 #include "sim/line.h"
 #include "tests/support/make_device.h"
+#include "tests/support/scripted_port.h"
 
 namespace fieldline::test {
 
-constexpr sim::LineOptions kAnySpeed = {.any_baud = true, .paced = false};
+// A line of any speed. Devices are added by the names of their kinds.
+class SimulatedLine : public sim::Line {
+ public:
+  explicit SimulatedLine(sim::Faults faults = {}) : Line({.any_baud = true, .paced = false}) {
+    SetFaults(std::move(faults));
+  }
+  // With one device that answers at its usual address.
+  explicit SimulatedLine(std::string_view kind, sim::Faults faults = {}) : SimulatedLine(std::move(faults)) {
+    Add(kind, FindKind(kind)->address);
+    EXPECT_TRUE(Start());
+  }
 
-// A line with one simulated device at its usual address.
-inline std::unique_ptr<sim::Line> StartDevice(std::string_view kind, sim::Faults faults = {}) {
-  auto line = std::make_unique<sim::Line>(kAnySpeed);
-  line->Add(MakeDevice(kind, FindKind(kind)->address));
-  line->SetFaults(std::move(faults));
-  EXPECT_TRUE(line->Start());
-  return line;
-}
+  using Line::Add;
+  sim::Device& Add(std::string_view kind, int address) { return Add(MakeDevice(kind, address)); }
+};
 
 // Answers whatever it hears with the same bytes, or with what it heard.
 class Parrot final : public sim::Device {

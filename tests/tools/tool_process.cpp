@@ -1,7 +1,6 @@
 #include "tests/tools/tool_process.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -48,12 +47,12 @@ Channel Open(Output output) {
   return {ends[0], ends[1]};
 }
 
-}  // namespace
-
 std::vector<std::string> Words(const std::string& text) {
   std::istringstream words(text);
   return {std::istream_iterator<std::string>(words), {}};
 }
+
+}  // namespace
 
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, Output output) {
   const Channel out = Open(output);
@@ -73,6 +72,8 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, Output outpu
   out_ = out.read;
   err_ = err.read;
 }
+
+ToolProcess::ToolProcess(const std::string& words, Output output) : ToolProcess(Words(words), output) {}
 
 ToolProcess::~ToolProcess() {
   if (process_ > 0) kill(process_, SIGKILL);
@@ -98,6 +99,13 @@ ToolResult ToolProcess::Finish() {
     process_ = -1;
   }
   return result_;
+}
+
+std::vector<json> Lines(const std::string& text) {
+  std::vector<json> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(json::parse(line));
+  return lines;
 }
 
 // Waits for output. False when both outputs have ended.

@@ -1,14 +1,21 @@
 #pragma once
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/types.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 namespace fieldline::test {
 
-// The words of a command line; blanks separate them.
-std::vector<std::string> Words(const std::string& text);
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// For a line whose reply comes whole; shorter time-outs are for replies that are waited for in vain.
+constexpr char kPatiently[] = " --timeout 0,20000 --port ";
 
 struct ToolResult {
   int status = -1;  // exit code; -1 when it was killed
@@ -23,7 +30,8 @@ enum class Output { kPipes, kTerminals };
 class ToolProcess {
  public:
   explicit ToolProcess(const std::vector<std::string>& arguments, Output output = Output::kPipes);
-  explicit ToolProcess(const std::string& words) : ToolProcess(Words(words)) {}
+  // Blanks separate the words.
+  explicit ToolProcess(const std::string& words, Output output = Output::kPipes);
   ~ToolProcess();
   ToolProcess(const ToolProcess&) = delete;
   ToolProcess& operator=(const ToolProcess&) = delete;
@@ -54,7 +62,20 @@ inline ToolResult RunTool(const std::vector<std::string>& arguments, Output outp
   return ToolProcess(arguments, output).Finish();
 }
 inline ToolResult RunTool(const std::string& words, Output output = Output::kPipes) {
-  return RunTool(Words(words), output);
+  return ToolProcess(words, output).Finish();
 }
+
+// The exit code must be this one, and both outputs must have these parts.
+inline ToolResult ExpectTool(const std::string& words, int status, const std::string& out,
+                             const std::string& err = "") {
+  const ToolResult result = RunTool(words);
+  EXPECT_EQ(result.status, status) << words << result.err;
+  EXPECT_THAT(result.out, HasSubstr(out)) << words;
+  EXPECT_THAT(result.err, HasSubstr(err)) << words;
+  return result;
+}
+
+// The objects of an output, one a line.
+std::vector<json> Lines(const std::string& text);
 
 }  // namespace fieldline::test

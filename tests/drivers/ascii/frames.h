@@ -1,9 +1,9 @@
 #pragma once
 
-#include <bit>
-#include <cstdint>
 #include <cstdio>
 #include <string>
+
+#include "tests/support/golden_poll.h"
 
 // Frames as a device makes them, by means of their own.
 namespace fieldline::test {
@@ -19,13 +19,19 @@ inline std::string Seal(const std::string& frame) {
 
 // The eight characters of a number, least significant byte first.
 inline std::string HexFloat(float value) {
-  std::string text;
-  for (std::uint32_t rest = std::bit_cast<std::uint32_t>(value), i = 0; i < 4; ++i, rest >>= 8) {
-    char byte[3];
-    std::snprintf(byte, sizeof byte, "%02X", rest & 0xFF);
-    text += byte;
-  }
+  const auto* bytes = reinterpret_cast<const unsigned char*>(&value);
+  char text[9];
+  std::snprintf(text, sizeof text, "%02X%02X%02X%02X", bytes[0], bytes[1], bytes[2], bytes[3]);
   return text;
+}
+
+inline GoldenPoll& Add(GoldenPoll& poll, const std::string& request, int ask, const std::string& reply, Range writes) {
+  poll.exchanges.push_back({Text(request), ask, Text(reply), {writes}});
+  return poll;
+}
+
+inline void Append(GoldenPoll& poll, const Bytes& part) {
+  poll.record.insert(poll.record.end(), part.begin(), part.end());
 }
 
 }  // namespace fieldline::test

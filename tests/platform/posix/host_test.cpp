@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <ctime>
-#include <string>
 
 #include "fieldline/platform/clock.h"
 #include "fieldline/platform/console.h"
@@ -30,10 +29,7 @@ std::string PathOf(const wchar_t* device) {
 }
 
 TEST(DevicePathTest, NamesHaveDefaults) {
-  const struct {
-    const wchar_t* device;
-    const char* path;
-  } kCases[] = {
+  const std::pair<const wchar_t*, const char*> kCases[] = {
       {L"ESL1:",           "/dev/ttyESL1" },
       {L"ESL8:",           "/dev/ttyESL8" },
       {L"COM1:",           "/dev/ttyS0"   },
@@ -57,7 +53,7 @@ TEST(DevicePathTest, NamesHaveDefaults) {
       {L"/dev/ttyUSB0",    "-"            },
       {nullptr,            "-"            }
   };
-  for (const auto& c : kCases) EXPECT_EQ(c.path, PathOf(c.device)) << testing::PrintToString(c.device);
+  for (const auto& [device, path] : kCases) EXPECT_EQ(path, PathOf(device)) << testing::PrintToString(device);
   EXPECT_EQ("-", PathOf((L"/" + std::wstring(PATH_MAX, L'a') + L":").c_str()));
 }
 

@@ -12,17 +12,6 @@
 #include "fieldline/platform/file.h"
 #include "tests/platform/serial_line_fixture.h"
 
-extern "C" {
-int __real_ioctl(int fd, unsigned long request, void* argument);
-int __wrap_ioctl(int fd, unsigned long request, ...);
-int __real_open(const char* path, int flags, mode_t mode);
-int __wrap_open(const char* path, int flags, ...);
-ssize_t __real_read(int fd, void* data, std::size_t count);
-ssize_t __wrap_read(int fd, void* data, std::size_t count);
-ssize_t __real_write(int fd, const void* data, std::size_t count);
-ssize_t __wrap_write(int fd, const void* data, std::size_t count);
-}
-
 namespace {
 
 // Takes the kernel's place while set.
@@ -30,7 +19,18 @@ std::function<int(int fd, unsigned long request, void* argument)> kernel;
 std::function<ssize_t()> transfer;  // of read and write
 int interrupted_opens = 0;
 
+int Fail(int error) {
+  errno = error;
+  return -1;
+}
+
 }  // namespace
+
+extern "C" {
+int __real_ioctl(int fd, unsigned long request, void* argument);
+int __real_open(const char* path, int flags, mode_t mode);
+ssize_t __real_read(int fd, void* data, std::size_t count);
+ssize_t __real_write(int fd, const void* data, std::size_t count);
 
 int __wrap_ioctl(int fd, unsigned long request, ...) {
   va_list arguments;
@@ -39,32 +39,19 @@ int __wrap_ioctl(int fd, unsigned long request, ...) {
   va_end(arguments);
   return kernel ? kernel(fd, request, argument) : __real_ioctl(fd, request, argument);
 }
-
-namespace fieldline {
-namespace {
-
-int Fail(int error) {
-  errno = error;
-  return -1;
-}
-
-}  // namespace
-}  // namespace fieldline
-
 int __wrap_open(const char* path, int flags, ...) {
   va_list arguments;
   va_start(arguments, flags);
   const auto mode = static_cast<mode_t>(va_arg(arguments, int));
   va_end(arguments);
-  return interrupted_opens > 0 ? --interrupted_opens, fieldline::Fail(EINTR) : __real_open(path, flags, mode);
+  return interrupted_opens > 0 ? --interrupted_opens, Fail(EINTR) : __real_open(path, flags, mode);
 }
-
 ssize_t __wrap_read(int fd, void* data, std::size_t count) {
   return transfer ? transfer() : __real_read(fd, data, count);
 }
-
 ssize_t __wrap_write(int fd, const void* data, std::size_t count) {
   return transfer ? transfer() : __real_write(fd, data, count);
+}
 }
 
 namespace fieldline {
@@ -143,16 +130,16 @@ TEST_F(KernelCallsTest, HardwareThatCannotDoItIsNotTakenForHardwareThatCan) {
     return request == TCSETS2 ? Fail(EINVAL) : __real_ioctl(fd, request, argument);
   };
   EXPECT_FALSE(near_.SetLine({.baud = 9600}));
-
-  // 2 % of 9600 is 192.
-  AlterSettingsTaken([](termios2* taken) { taken->c_ospeed = taken->c_ispeed = 9600 + 193; });
-  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
-  AlterSettingsTaken([](termios2* taken) { taken->c_ospeed = 9600 - 193; });
-  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
-  AlterSettingsTaken([](termios2* taken) { taken->c_ispeed = 9600 - 193; });
-  EXPECT_FALSE(near_.SetLine({.baud = 9600}));
-  AlterSettingsTaken([](termios2* taken) { taken->c_cflag &= ~static_cast<tcflag_t>(CMSPAR); });
-  EXPECT_FALSE(near_.SetLine({.baud = 9600, .parity = Parity::kMark}));
+  const std::function<void(termios2*)> changes[] = {
+      [](termios2* taken) { taken->c_ospeed = taken->c_ispeed = 9600 + 193; },  // 2 % of 9600 is 192
+      [](termios2* taken) { taken->c_ospeed = 9600 - 193; },
+      [](termios2* taken) { taken->c_ispeed = 9600 - 193; },
+      [](termios2* taken) { taken->c_cflag &= ~static_cast<tcflag_t>(CMSPAR); },
+  };
+  for (const auto& change : changes) {
+    AlterSettingsTaken(change);
+    EXPECT_FALSE(near_.SetLine({.baud = 9600, .parity = Parity::kMark})) << &change - changes;
+  }
   kernel = nullptr;
   EXPECT_EQ(2400u, far_.Baud()) << "a refusal leaves the settings that were there";
   EXPECT_TRUE(near_.IsOpen());

@@ -1,10 +1,5 @@
 #include "polling/protocol/protocol.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/support/scripted_port.h"
 
 namespace fieldline {
@@ -15,10 +10,7 @@ using test::Hex;
 std::vector<BYTE> Ascii(const std::string& text) { return {text.begin(), text.end()}; }
 
 TEST(Protocol, NamesRequests) {
-  const struct {
-    std::vector<BYTE> request;
-    const char* meaning;
-  } cases[] = {
+  const std::pair<std::vector<BYTE>, const char*> cases[] = {
       {Hex("01 03 00 00 00 02 C4 0B"),                         "device 1: function 3 (read holding registers) from 0, count 2, CRC good"},
       {Hex("01 03 00 00 00 02 C4 0C"),                         "device 1: function 3 (read holding registers) from 0, count 2, CRC BAD" },
       {Hex("04 01 03 F5 00 01 ED E9"),                         "device 4: function 1 (read coils) from 1013, count 1, CRC good"         },
@@ -42,7 +34,7 @@ TEST(Protocol, NamesRequests) {
       {Hex("DE AD BE EF"),                                     ""                                                                       },
       {{},                                                     ""                                                                       },
   };
-  for (const auto& c : cases) EXPECT_EQ(DescribeRequest(c.request), c.meaning);
+  for (const auto& [request, meaning] : cases) EXPECT_EQ(DescribeRequest(request), meaning);
 }
 
 TEST(Protocol, NamesRepliesInTheProtocolOfTheirRequest) {
@@ -50,11 +42,7 @@ TEST(Protocol, NamesRepliesInTheProtocolOfTheirRequest) {
   const std::vector<BYTE> frame_length = Hex("56 00 34 01 00");
   const std::vector<BYTE> picture = Hex("55 47 33 23");
   const std::vector<BYTE> signal = Hex("AA 00 00 06 06 55");
-  const struct {
-    std::vector<BYTE> request;
-    std::vector<BYTE> reply;
-    const char* meaning;
-  } cases[] = {
+  const std::tuple<std::vector<BYTE>, std::vector<BYTE>, const char*> cases[] = {
       {modbus,                         Hex("01 03 04 01 23 FE DC 4B FC"),    "device 1: function 3 (read holding registers), 4 bytes, CRC good"},
       {modbus,                         Hex("02 03 04 01 23 FE DC 4B FC"),    "device 2: function 3 (read holding registers), 4 bytes, CRC BAD" },
       {modbus,                         Hex("01 03 04 01 23 FE DC 4B"),       ""                                                                },
@@ -78,7 +66,7 @@ TEST(Protocol, NamesRepliesInTheProtocolOfTheirRequest) {
       {signal,                         Hex("AA 00 01"),                      ""                                                                },
       {Hex("DE AD BE EF"),             Hex("01 02"),                         ""                                                                },
   };
-  for (const auto& c : cases) EXPECT_EQ(DescribeReply(c.request, c.reply), c.meaning);
+  for (const auto& [request, reply, meaning] : cases) EXPECT_EQ(DescribeReply(request, reply), meaning);
 }
 
 }  // namespace

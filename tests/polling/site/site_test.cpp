@@ -1,9 +1,6 @@
 #include "polling/site/site.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "polling/usage_error.h"
 #include "tests/support/temp_directory.h"
@@ -57,45 +54,44 @@ TEST(Site, IsCheckedWhole) {
   const auto device = [&](const std::string& members) {
     return line(R"("settings": "2400,n,8,1", "devices": {"probe": {)" + members + "}}");
   };
-  const struct {
-    std::string text;
-    const char* message;
-  } cases[] = {
-      {"{\n  \"lines\": {]\n}",                                                                             "line 2, column 13"                                                                   },
-      {R"({"lines": {"A": {}, "A": {}}})",                                                                  "duplicate key \"A\""                                                                 },
-      {R"({"lines": 1e999})",                                                                               "line 1: the number 1e999 is out of range"                                            },
-      {R"({"lines": {"A": )" + std::string(100,                                                             '[') + std::string(100,                                                                 ']') + "}}", "/lines/A: more than 64 objects"},
-      {"{\"lines\": \"" + std::string(1 << 20,                                                                   'x') + "\"}",                                                                                                                                                         "the file is too large; at most 1048576 bytes"},
-      {R"({"lines": {}, "line": 1})",                     "/line: there is no such key; the keys are lines"},
-      {R"({"lines": {}})",                                                                       "/lines: a line is needed"                                                                                       },
-      {R"({"lines": {"A/B": {}}})",                                                                                  "/lines/A/B: the name of a line has"                                                                       },
-      {R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})",                                                                         "/lines/A: \"path\" is missing"                                         },
+  const std::string deep = R"({"lines": {"A": )" + std::string(100, '[') + std::string(100, ']') + "}}";
+  const std::string large = "{\"lines\": \"" + std::string(1 << 20, 'x') + "\"}";
+  const std::pair<std::string, const char*> cases[] = {
+      {R"({"lines": 1e999})",                                                                               "line 1: the number 1e999 is out of range"                        },
+      {deep,                                                                                                "/lines/A: more than 64 objects"                                  },
+      {large,                                                                                               "the file is too large; at most 1048576 bytes"                    },
+      {"{\n  \"lines\": {]\n}",                                                                             "line 2, column 13"                                               },
+      {R"({"lines": {"A": {}, "A": {}}})",                                                                  "duplicate key \"A\""                                             },
+      {R"({"lines": {}, "line": 1})",                                                                       "/line: there is no such key; the keys are lines"                 },
+      {R"({"lines": {}})",                                                                                  "/lines: a line is needed"                                        },
+      {R"({"lines": {"A/B": {}}})",                                                                         "/lines/A/B: the name of a line has"                              },
+      {R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})",                                    "/lines/A: \"path\" is missing"                                   },
       {R"({"lines": {"EIO1": {"path": "/dev/a", "settings": "2400,n,8,1"}}})",
-       "/lines/EIO1/settings: there is no such"                  },
-      {R"({"lines": {"EIO1": {"path": "/dev/a", "devices": {"x": {"kind": "envir"}}}}})",                              "only di is at EIO1"                                                                                                                                                   },
-      {line(R"("devices": {})"),                   "/lines/A: \"settings\" is missing"                                                       },
-      {line(R"("settings": "2400,n,8", "devices": {})"),                                                                            "/lines/A/settings: line settings \"2400,n,8\": four fields"                                                                                                            },
-      {line(R"("settings": "2400,n,8,1", "timeout": 6, "devices": {})"),                                                    "/lines/A/timeout: a text is needed"  },
-      {line(R"("settings": "2400,n,8,1", "timeout": "6", "devices": {})"),                                    "PER_BYTE,CONSTANT"                                  },
-      {line(R"("settings": "2400,n,8,1", "devices": {})"),                                  "/lines/A/devices: a device is needed"                                                                 },
-      {device(""),                                                  "/lines/A/devices/probe: \"kind\" is missing"                                                                },
-      {device(R"("kind": "toaster")"),                                                                                          "/probe/kind: there is no kind \"toaster\"; the kinds are envir, "                                                                                 },
-      {device(R"("kind": "di")"),                                                                      "di is on no line"},
-      {device(R"("kind": "camera")"),                                                                           "/probe/kind: a camera's poll takes a picture"                                                                         },
-      {device(R"("kind": "ups", "address": 1)"),                                                                       "/probe/address: ups has no address"                                    },
-      {device(R"("kind": "envir", "address": 256)"),                                                            "/probe/address: a whole number from 0 to 255 is needed"                                       },
-      {device(R"("kind": "envir", "interval": "25h")"),                                                        "/probe/interval: a time "                          },
-      {device(R"("kind": "ups", "show": "maker")"),                                                     "/probe/show: ups has no number \"maker\""                                                         },
-      {device(R"("kind": "envir", "scale": {"register_1": {"factor": 0}})"),                                                         "/register_1/factor: a number above 0"                                                },
-      {device(R"("kind": "envir", "scale": {"heat": {}})"),                                "/scale/heat: envir has no number \"heat\""                       },
+       "/lines/EIO1/settings: there is no such"                                                                                                                               },
+      {R"({"lines": {"EIO1": {"path": "/dev/a", "devices": {"x": {"kind": "envir"}}}}})",                   "only di is at EIO1"                                              },
+      {line(R"("devices": {})"),                                                                            "/lines/A: \"settings\" is missing"                               },
+      {line(R"("settings": "2400,n,8", "devices": {})"),                                                    "/lines/A/settings: line settings \"2400,n,8\": four fields"      },
+      {line(R"("settings": "2400,n,8,1", "timeout": 6, "devices": {})"),                                    "/lines/A/timeout: a text is needed"                              },
+      {line(R"("settings": "2400,n,8,1", "timeout": "6", "devices": {})"),                                  "PER_BYTE,CONSTANT"                                               },
+      {line(R"("settings": "2400,n,8,1", "devices": {})"),                                                  "/lines/A/devices: a device is needed"                            },
+      {device(""),                                                                                          "/lines/A/devices/probe: \"kind\" is missing"                     },
+      {device(R"("kind": "toaster")"),                                                                      "/probe/kind: there is no kind \"toaster\"; the kinds are envir, "},
+      {device(R"("kind": "di")"),                                                                           "di is on no line"                                                },
+      {device(R"("kind": "camera")"),                                                                       "/probe/kind: a camera's poll takes a picture"                    },
+      {device(R"("kind": "ups", "address": 1)"),                                                            "/probe/address: ups has no address"                              },
+      {device(R"("kind": "envir", "address": 256)"),                                                        "/probe/address: a whole number from 0 to 255 is needed"          },
+      {device(R"("kind": "envir", "interval": "25h")"),                                                     "/probe/interval: a time "                                        },
+      {device(R"("kind": "ups", "show": "maker")"),                                                         "/probe/show: ups has no number \"maker\""                        },
+      {device(R"("kind": "envir", "scale": {"register_1": {"factor": 0}})"),                                "/register_1/factor: a number above 0"                            },
+      {device(R"("kind": "envir", "scale": {"heat": {}})"),                                                 "/scale/heat: envir has no number \"heat\""                       },
       {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
                      "B": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"y": {"kind": "ups"}}}}})",
-       "/lines/B/path: this is the path of A already"                                                            },
+       "/lines/B/path: this is the path of A already"                                                                                                                         },
       {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
                      "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
-       "/lines/B/devices/x: there is a device of this name on A already"                                                                                                                                             },
+       "/lines/B/devices/x: there is a device of this name on A already"                                                                                                      },
   };
-  for (const auto& c : cases) EXPECT_THAT(Refusal(c.text), HasSubstr(c.message)) << c.text;
+  for (const auto& [text, message] : cases) EXPECT_THAT(Refusal(text), HasSubstr(message)) << text;
 }
 
 }  // namespace

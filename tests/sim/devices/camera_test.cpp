@@ -1,11 +1,7 @@
 #include "sim/devices/camera.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <string>
 #include <tuple>
-#include <vector>
 
 // clang-format off
 #include <cstdio>  // jpeglib.h uses it without including it
@@ -13,13 +9,14 @@
 // clang-format on
 
 #include "fieldline/drivers/imaging/sensor_camera.h"
-#include "fieldline/drivers/imaging/sensor_camera_3ge.h"
 #include "fieldline/platform/device_name.h"
+#include "fieldline/sensor/make_driver.h"
 #include "fieldline/serial/ser_base.h"
 #include "sim/devices/camera_3ge.h"
 #include "sim/devices/picture.h"
 #include "sim/line.h"
 #include "tests/support/flash_images.h"
+#include "tests/support/make_device.h"
 #include "tests/support/scripted_port.h"
 
 namespace fieldline::sim {
@@ -30,7 +27,6 @@ using test::ToHex;
 
 struct Pixels {
   unsigned width;
-  unsigned height;
   std::vector<BYTE> bytes;
 
   BYTE At(unsigned x, unsigned y) const { return bytes[y * width + x]; }
@@ -46,7 +42,7 @@ Pixels Decode(const std::string& picture) {
   jpeg_read_header(&jpeg, TRUE);
   jpeg_start_decompress(&jpeg);
   EXPECT_EQ(jpeg.output_components, 1);
-  Pixels pixels{jpeg.output_width, jpeg.output_height, std::vector<BYTE>(jpeg.output_width * jpeg.output_height)};
+  Pixels pixels{jpeg.output_width, std::vector<BYTE>(jpeg.output_width * jpeg.output_height)};
   while (jpeg.output_scanline < jpeg.output_height) {
     JSAMPROW row = &pixels.bytes[jpeg.output_scanline * pixels.width];
     jpeg_read_scanlines(&jpeg, &row, 1);
@@ -65,11 +61,6 @@ std::string Ask(Device& device, const Bytes& request) {
   Bytes answer;
   for (const Reply& reply : replies) answer.insert(answer.end(), reply.bytes.begin(), reply.bytes.end());
   return ToHex(answer);
-}
-
-void SetSize(Device& camera, std::size_t size) {
-  std::string error;
-  EXPECT_TRUE(camera.values().Set("size", std::to_string(size), &error)) << error;
 }
 
 TEST(Picture, ShowsTheTimeInAnySize) {
@@ -94,10 +85,7 @@ TEST(Camera, AnswersEachCommand) {
   EXPECT_TRUE(camera.Show(Hex("FF D8 11 22 FF D9")));
   EXPECT_FALSE(camera.Show(Hex("FF D8 FF")));
   EXPECT_FALSE(camera.Show(Hex("89 50 4E 47 0D 0A")));
-  const struct {
-    const char* command;
-    const char* reply;
-  } dialogue[] = {
+  const std::pair<const char*, const char*> dialogue[] = {
       {"56 00 34 01 00",                                  "76 00 34 04 00"                        }, // nothing frozen
       {"56 00 31 05 01 01 12 04 80",                      "76 00 31 00 00"                        },
       {"56 00 36 01 00",                                  "76 00 36 00 00"                        },
@@ -120,45 +108,40 @@ TEST(Camera3ge, AnswersItsRequest) {
   EXPECT_EQ(Ask(camera, Hex("55 47 33")), "");
 }
 
-class CameraLine : public testing::TestWithParam<std::tuple<int, bool>> {};
+class CameraLine : public testing::TestWithParam<std::tuple<int, const char*>> {};
 
 // Through driver, port and line, with a line faster than any real one.
 TEST_P(CameraLine, CarriesThePictureUnchanged) {
-  const auto [size, is_3ge] = GetParam();
+  const auto [size, kind] = GetParam();
   const test::FlashImages flash;
   Line line({.baud = 115200, .paced = false});
-  if (is_3ge) {
-    SetSize(line.Add(std::make_unique<Camera3ge>()), static_cast<std::size_t>(size));
-  } else {
-    SetSize(line.Add(std::make_unique<Camera>()), static_cast<std::size_t>(size));
-  }
+  line.Add(test::MakeDevice(kind, 0)).values().PutNumber("size", size);
   std::string sent;  // the last reply
   line.SetListener([&](Traffic traffic, std::span<const BYTE> bytes) {
     if (traffic == Traffic::kReply) sent.assign(bytes.begin(), bytes.end());
   });
   ASSERT_TRUE(line.Start());
+
   ASSERT_EQ(MapDevice(L"COM1:", line.Path().c_str()), 1);
   CSerBase port(SER_COM);
   port.SetTimeout(1, 300);
   ASSERT_EQ(port.Open(L"COM1:115200,n,8,1"), 1);
-
-  CSensorCamera camera;
-  CSensorCamera3ge camera_3ge;
-  CSensorBase& driver = is_3ge ? static_cast<CSensorBase&>(camera_3ge) : camera;
-  EXPECT_EQ(driver.GetData(&port, 0), 1);
+  const std::unique_ptr<CSensorBase> driver(MakeDriver(FindKind(kind)->number));
+  EXPECT_EQ(driver->GetData(&port, 0), 1);
   port.Close();
   line.Stop();
   MapDevice(L"COM1:", nullptr);
 
-  const CAMERA_DATA& record = is_3ge ? camera_3ge.m_data : camera.m_data;
+  const auto& record = *reinterpret_cast<const CAMERA_DATA*>(driver->m_pData);
   EXPECT_EQ(record.length, size);
   const std::string stored = flash.Read(record.name);
-  EXPECT_EQ(stored, is_3ge ? sent : sent.substr(5, sent.size() - 10));
+  EXPECT_EQ(stored, kind == std::string("camera") ? sent.substr(5, sent.size() - 10) : sent);
   EXPECT_EQ(Decode(stored).width, 328u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, CameraLine,
-                         testing::Combine(testing::Values(1024, 4096, 12345, 65535), testing::Bool()));
+                         testing::Combine(testing::Values(1024, 12345, 65535),
+                                          testing::Values("camera", "camera-3ge")));
 
 }  // namespace
 }  // namespace fieldline::sim

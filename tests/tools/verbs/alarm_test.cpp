@@ -1,10 +1,4 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <latch>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "sim/devices/alarm_board.h"
 #include "sim/devices/display.h"
@@ -12,50 +6,29 @@
 #include "tests/tools/simulated_line.h"
 #include "tests/tools/tool_process.h"
 
-namespace fieldline {
+namespace fieldline::test {
 namespace {
 
-using nlohmann::json;
-using test::kAnySpeed;
-using test::ToolResult;
-using testing::HasSubstr;
+ToolResult RunOn(const char* verb, std::vector<std::string> arguments, const sim::Line& line) {
+  arguments.insert(arguments.begin(), {verb, "--timeout", "0,20000", "--port", line.Path()});
+  return RunTool(arguments);
+}
 
-class BoardVerbTest : public testing::Test {
+class AlarmVerb : public testing::Test {
  protected:
-  BoardVerbTest() {
-    display_.SetListener([this](sim::Display&) { display_changes_.count_down(); });
-    EXPECT_TRUE(board_line_.Start() && display_line_.Start());
-  }
+  AlarmVerb() { EXPECT_TRUE(line_.Start()); }
 
-  static ToolResult Run(std::vector<std::string> arguments, const sim::Line& line,
-                        const std::string& timeout = "0,20000") {
-    arguments.insert(arguments.end(), {"--timeout", timeout, "--port", line.Path()});
-    return test::RunTool(arguments);
-  }
-
-  void SetValue(const char* name, const char* value) {
-    std::string error;
-    EXPECT_TRUE(board_.values().Set(name, value, &error)) << error;
-  }
-
-  std::latch display_changes_{4};  // outlives the line
-
-  sim::Line board_line_{kAnySpeed};
-  sim::Line display_line_{kAnySpeed};
-  sim::AlarmBoard& board_ = board_line_.Add(std::make_unique<sim::AlarmBoard>());
-  sim::Display& display_ = display_line_.Add(std::make_unique<sim::Display>());
+  SimulatedLine line_;
+  sim::AlarmBoard& board_ = line_.Add(std::make_unique<sim::AlarmBoard>());
 };
 
-TEST_F(BoardVerbTest, EachAlarmOperationReachesTheBoard) {
-  SetValue("signal_quality", "200");
-  SetValue("inputs", "4060108408");
-  SetValue("sms_result", "7");
+TEST_F(AlarmVerb, EachOperationReachesTheBoard) {
+  board_.values().PutNumber("signal_quality", 200);
+  board_.values().PutNumber("inputs", 4060108408);
+  board_.values().PutNumber("sms_result", 7);
   const TempDirectory directory;
   directory.WriteFile("check", "123456789");
-  const struct {
-    std::vector<std::string> arguments;
-    const char* record;
-  } cases[] = {
+  const std::pair<std::vector<std::string>, const char*> cases[] = {
       {{"id"},                                        R"({"id": "41 42 30 31"})"                                                      },
       {{"status"},                                    R"({"status": "00 00 00 00"})"                                                  },
       {{"signal"},                                    R"({"signal_quality": 200})"                                                    },
@@ -74,9 +47,8 @@ TEST_F(BoardVerbTest, EachAlarmOperationReachesTheBoard) {
   };
   for (auto [arguments, record] : cases) {
     const std::string operation = arguments[0];
-    arguments.insert(arguments.begin(), "alarm");
     arguments.emplace_back("--json");
-    const ToolResult result = Run(arguments, board_line_);
+    const ToolResult result = RunOn("alarm", arguments, line_);
     ASSERT_EQ(result.status, 0) << operation << result.err;
     const json line = json::parse(result.out);
     EXPECT_EQ(line["operation"], operation);
@@ -93,15 +65,11 @@ TEST_F(BoardVerbTest, EachAlarmOperationReachesTheBoard) {
             "speech: \"Water\"\n");
 }
 
-TEST_F(BoardVerbTest, SaysWhyAnAlarmOperationFailed) {
-  SetValue("mms_status", "9");
+TEST_F(AlarmVerb, SaysWhyAnOperationFailed) {
+  board_.values().PutNumber("mms_status", 9);
   const TempDirectory directory;
   directory.WriteFile("empty", "");
-  const struct {
-    std::vector<std::string> arguments;
-    int status;
-    const char* message;
-  } cases[] = {
+  const std::tuple<std::vector<std::string>, int, const char*> cases[] = {
       {{"mms", "text", directory.Path("empty")},              5, "the board refuses the MMS with status 9"  },
       {{"mms", "text", directory.Path("none")},               2, "can't be read"                            },
       {{"mms", "text", directory.Path().string()},            2, "can't be read"                            },
@@ -110,35 +78,34 @@ TEST_F(BoardVerbTest, SaysWhyAnAlarmOperationFailed) {
       {{"sms", std::string(250, '1'), std::string(255, 'x')}, 2, "NUMBER and TEXT together"                 },
       {{},                                                    2, "subcommand is required"                   },
   };
-  for (auto [arguments, status, message] : cases) {
-    arguments.insert(arguments.begin(), "alarm");
-    const ToolResult result = Run(arguments, board_line_);
+  for (const auto& [arguments, status, message] : cases) {
+    const ToolResult result = RunOn("alarm", arguments, line_);
     EXPECT_EQ(result.status, status) << message;
     EXPECT_THAT(result.err, HasSubstr(message));
     EXPECT_EQ(result.out, "");
   }
-  const ToolResult result = Run({"alarm", "id"}, display_line_, "0,50");
-  EXPECT_EQ(result.status, 4);
-  EXPECT_THAT(result.err, HasSubstr("nothing answered"));
   EXPECT_TRUE(board_.Outbox().empty());
+  SimulatedLine silent;
+  ASSERT_TRUE(silent.Start());
+  ExpectTool("alarm id --timeout 0,50 --port " + silent.Path(), 4, "", "nothing answered");
 }
 
-TEST_F(BoardVerbTest, TheDisplayShowsWhatIsSent) {
-  const std::vector<std::string> operations[] = {
-      {"set", "0x1000", "258"},
-      {"set",     "1",         "-2"},
-      {"page", "3"},
-      {"clock",  "2024-05-17 13:45:09"         }
-  };
-  for (auto arguments : operations) {
-    arguments.insert(arguments.begin(), "display");
-    EXPECT_EQ(Run(arguments, display_line_).status, 0) << arguments[1];
+TEST(DisplayVerb, ShowsWhatIsSent) {
+  std::latch changes(4);  // outlives the line
+  SimulatedLine line;
+  sim::Display& display = line.Add(std::make_unique<sim::Display>());
+  display.SetListener([&](sim::Display&) { changes.count_down(); });
+  ASSERT_TRUE(line.Start());
+  const std::string port = " --port " + line.Path();
+  for (const char* words : {"set 0x1000 258", "set 1 -2", "page 3"}) {
+    ExpectTool("display" + port + ' ' + words, 0, "");
   }
+  EXPECT_EQ(RunOn("display", {"clock", "2024-05-17 13:45:09"}, line).status, 0);
   for (const char* time : {"2024-02-30 00:00:00", "2024-05-17 24:00:00", "1999-01-01 00:00:00", "now"}) {
-    EXPECT_EQ(Run({"display", "clock", time}, display_line_).status, 2) << time;
+    EXPECT_EQ(RunOn("display", {"clock", time}, line).status, 2) << time;
   }
-  display_changes_.wait();
-  EXPECT_EQ(display_.Screen(),
+  changes.wait();
+  EXPECT_EQ(display.Screen(),
             "+--------------------------------------+\n"
             "| page 3   24-05-17 13:45:09, day 5    |\n"
             "| 0001  65534      -2  0xFFFE          |\n"
@@ -147,4 +114,4 @@ TEST_F(BoardVerbTest, TheDisplayShowsWhatIsSent) {
 }
 
 }  // namespace
-}  // namespace fieldline
+}  // namespace fieldline::test

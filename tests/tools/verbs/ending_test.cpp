@@ -19,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test::kAnySpeed;
 using test::RunTool;
 using test::ToolProcess;
 using test::ToolResult;
@@ -33,7 +32,7 @@ int Shell(const std::string& line) {
 
 TEST(Ending, FollowsWhenAnOutputCantBeWritten) {
   const TempDirectory directory;
-  sim::Line silent(kAnySpeed);
+  test::SimulatedLine silent;
   ASSERT_TRUE(silent.Start());
   const std::string errors = " 2>" + directory.Path("errors");
   for (const std::string words : {"kinds", "--help", "sim --json --quiet", "demo --quiet"}) {
@@ -54,7 +53,7 @@ TEST(Ending, FollowsWhenAnOutputCantBeWritten) {
 
 TEST(Ending, FollowsAnInterruptAtOnceAndLeavesNothing) {
   const TempDirectory directory;
-  sim::Line silent(kAnySpeed);
+  test::SimulatedLine silent;
   ASSERT_TRUE(silent.Start());
   for (const int number : {SIGTERM, SIGHUP}) {
     ToolProcess poll("poll battery --timeout 0,60000 --trace=" + directory.Path("trace") + " --port " + silent.Path());

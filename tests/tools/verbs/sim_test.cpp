@@ -1,21 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "tests/support/temp_directory.h"
 #include "tests/tools/tool_process.h"
 #include "tools/simulation/scenario_file.h"
 
-namespace fieldline {
+namespace fieldline::test {
 namespace {
-
-using test::RunTool;
-using test::ToolProcess;
-using test::ToolResult;
-using testing::HasSubstr;
 
 TEST(SimulatedRoom, IsReachedThroughLinksThatStay) {
   const TempDirectory directory;
@@ -27,32 +16,24 @@ TEST(SimulatedRoom, IsReachedThroughLinksThatStay) {
       {"at": 500, "note": "a cable is torn off", "unplug": ["ESL1"]}
     ]})");
   const std::string links = directory.Path("links");
-  ToolProcess sim({"sim", "--links", links, "--scenario", directory.Path("scenario.json")});
+  ToolProcess sim("sim --links " + links + " --scenario " + directory.Path("scenario.json"));
   ASSERT_TRUE(sim.WaitForOutput("poll di --map EIO1=" + links + "/EIO1\n"));
   EXPECT_THAT(sim.output(), HasSubstr("seed 42\n"));
   EXPECT_THAT(sim.output(), HasSubstr("fieldline poll elec --address 1 --port " + links + "/ESL3:9600,n,8,1\n"));
   ASSERT_TRUE(sim.WaitForOutput("0.5 s  a cable is torn off\n  ESL1 is unplugged\n"));
   ASSERT_TRUE(sim.WaitForOutput("2.0 s  the line comes back\n  ESL1 is /dev/pts/"));
-
-  const auto poll = [&](const char* kind, const char* address, const std::string& line) {
-    return RunTool({"poll", kind, "--address", address, "--port", links + line, "--timeout", "0,1500"});
-  };
-  EXPECT_THAT(poll("envir", "3", "/ESL1:2400,n,8,1").out, HasSubstr("register_1  185\n"));
-  EXPECT_THAT(poll("elec", "1", "/ESL3").out, HasSubstr(" 4000\n"));
-  EXPECT_EQ(poll("elec", "9", "/ESL3").status, 4);
-  EXPECT_EQ(poll("elec", "1", "/ESL3:19200,n,8,1").status, 4);
-  EXPECT_THAT(RunTool({"poll", "di", "--map", "EIO1=" + links + "/EIO1"}).out, HasSubstr(" 0 0 4 0 0 0 0 0\n"));
-
+  ExpectTool("poll envir --address 3" + (kPatiently + links) + "/ESL1:2400,n,8,1", 0, "register_1  185\n");
+  ExpectTool("poll elec --address 1 --timeout 0,1000 --port " + links + "/ESL3", 0, " 4000\n");
+  ExpectTool("poll elec --address 9 --timeout 0,200 --port " + links + "/ESL3", 4, "");
+  ExpectTool("poll envir --address 3 --timeout 0,400 --port " + links + "/ESL1:19200,n,8,1", 4, "");
+  ExpectTool("poll di --map EIO1=" + links + "/EIO1", 0, " 0 0 4 0 0 0 0 0\n");
   sim.Interrupt();
   EXPECT_EQ(sim.Finish().status, 0);
   EXPECT_FALSE(std::filesystem::exists(links));
 }
 
 TEST(SimulatedRoom, StartsNothingThatIsWrongInPart) {
-  const struct {
-    const char* scenario;
-    const char* message;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"{\"seed\": 1,\n \"drift\": tru }",                         "parse error at line 2, column 14"                       },
       {R"({"seed": 1, "seed": 2})",                                "duplicate key \"seed\""                                 },
       {R"([])",                                                    ": /: an object is needed, not []"                       },
@@ -70,24 +51,20 @@ TEST(SimulatedRoom, StartsNothingThatIsWrongInPart) {
   const TempDirectory directory;
   const std::string file = directory.Path("scenario.json");
   const std::string links = directory.Path("links");
-  for (const auto& c : cases) {
-    directory.WriteFile("scenario.json", c.scenario);
-    const ToolResult result = RunTool({"sim", "--all", "--links", links, "--scenario", file});
-    EXPECT_EQ(result.status, 2) << c.scenario;
-    EXPECT_EQ(result.out, "") << c.scenario;
-    EXPECT_THAT(result.err, HasSubstr(file + ": ")) << c.scenario;
-    EXPECT_THAT(result.err, HasSubstr(c.message)) << c.scenario;
-    EXPECT_FALSE(std::filesystem::exists(links)) << c.scenario;
+  for (const auto& [scenario, message] : cases) {
+    directory.WriteFile("scenario.json", scenario);
+    const ToolResult result = ExpectTool("sim --all --links " + links + " --scenario " + file, 2, "", message);
+    EXPECT_THAT(result.err, HasSubstr(file + ": ")) << scenario;
+    EXPECT_EQ(result.out, "") << scenario;
+    EXPECT_FALSE(std::filesystem::exists(links)) << scenario;
   }
-  for (const char* shipped : {"quiet-day.json", "bad-night.json"}) {
-    EXPECT_NO_THROW(tool::ReadScenario(FIELDLINE_EXAMPLES "/scenarios/" + std::string(shipped), sim::MachineRoom()));
+  for (const std::string shipped : {"quiet-day.json", "bad-night.json"}) {
+    EXPECT_NO_THROW(tool::ReadScenario(FIELDLINE_EXAMPLES "/scenarios/" + shipped, sim::MachineRoom()));
   }
   directory.WriteFile("COM3", "not ours");
-  const ToolResult result = RunTool({"sim", "--links", directory.Path().string()});
-  EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.err, HasSubstr("COM3\" exists, and no simulator made it"));
+  ExpectTool("sim --links " + directory.Path().string(), 2, "", "COM3\" exists, and no simulator made it");
   EXPECT_EQ(directory.ReadFile("COM3"), "not ours");
 }
 
 }  // namespace
-}  // namespace fieldline
+}  // namespace fieldline::test

@@ -1,32 +1,13 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-#include <sstream>
-#include <string>
-
 #include "tests/support/temp_directory.h"
 #include "tests/tools/simulated_line.h"
 #include "tests/tools/tool_process.h"
 
-namespace fieldline {
+namespace fieldline::test {
 namespace {
-
-using nlohmann::json;
-using test::kAnySpeed;
-using test::RunTool;
-using test::ToolResult;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 // One line with a device of each kind whose record the port keeps.
 TEST(TestPort, KeepsTheRecordOfEveryMainKind) {
-  const struct {
-    const char* kind;
-    int address;
-    const char* field;
-    int number;
-  } cases[] = {
+  const std::tuple<const char*, int, const char*, int> cases[] = {
       {"elec",    1, "counter",            123456},
       {"onoff",   2, "input_1",            1     },
       {"battery", 3, "cell_count",         32    },
@@ -37,44 +18,35 @@ TEST(TestPort, KeepsTheRecordOfEveryMainKind) {
       {"camera",  0, "length",             8192  },
   };
   const TempDirectory flash;
-  sim::Line line(kAnySpeed);
+  SimulatedLine line;
   std::string words = "test-port --json --timeout 1,150 --flash-root " + flash.Path().string();
-  for (const auto& c : cases) {
-    sim::Values& values = line.Add(test::MakeDevice(c.kind, c.address)).values();
-    if (c.field == std::string("input_1")) values.PutNumber(c.field, c.number);
-    words += std::string(" ") + c.kind + (c.address != 0 ? '@' + std::to_string(c.address) : "");
+  for (const auto& [kind, address, field, number] : cases) {
+    sim::Values& values = line.Add(kind, address).values();
+    if (field == std::string("input_1")) values.PutNumber(field, number);
+    words += std::string(" ") + kind + (address != 0 ? '@' + std::to_string(address) : "");
   }
   ASSERT_TRUE(line.Start());
-  const ToolResult result = RunTool(words + " --port " + line.Path());
-  EXPECT_EQ(result.status, 0) << result.err;
-  std::istringstream lines(result.out);
-  for (const auto& c : cases) {
-    std::string text;
-    ASSERT_TRUE(std::getline(lines, text)) << c.kind;
-    const json poll = json::parse(text);
-    EXPECT_EQ(poll["kind"], c.kind);
-    EXPECT_EQ(poll["record"][c.field], c.number) << poll;
+  const std::vector<json> polls = Lines(ExpectTool(words + " --port " + line.Path(), 0, "").out);
+  ASSERT_EQ(polls.size(), std::size(cases));
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const auto& [kind, address, field, number] = cases[i];
+    EXPECT_EQ(polls[i]["kind"], kind);
+    EXPECT_EQ(polls[i]["record"][field], number) << polls[i];
   }
 }
 
 TEST(TestPort, SaysWhatItHasNoRecordOrNoDriverFor) {
-  sim::Line line(kAnySpeed);
-  line.Add(test::MakeDevice("envir", 7));
-  line.Add(test::MakeDevice("cybermate", 1));
+  SimulatedLine line;
+  line.Add("envir", 7);
+  line.Add("cybermate", 1);
   ASSERT_TRUE(line.Start());
-  const std::string options = " --timeout 0,500 --port " + line.Path();
-  ToolResult result = RunTool("test-port cybermate" + options);
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(result.out, HasSubstr(" ms\n  answered; the test port keeps no record of this kind\n"));
-
-  result = RunTool("test-port envir@8 envir@7" + options);
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.err, HasSubstr("envir at address 8: "));
-  EXPECT_THAT(result.out, StartsWith("envir at address 7, "));
-  for (const char* wrong : {"card", "camera-3ge", "envir@", "envir@256", "ups@1", "toaster"}) {
-    EXPECT_EQ(RunTool(std::string("test-port ") + wrong + options).status, 2) << wrong;
+  const std::string options = " --timeout 0,400 --port " + line.Path();
+  ExpectTool("test-port cybermate" + options, 0, " ms\n  answered; the test port keeps no record of this kind\n");
+  ExpectTool("test-port envir@8 envir@7" + options, 1, "envir at address 7, ", "envir at address 8: ");
+  for (const std::string wrong : {"card", "camera-3ge", "envir@", "envir@256", "ups@1", "toaster"}) {
+    ExpectTool("test-port " + wrong + options, 2, "");
   }
 }
 
 }  // namespace
-}  // namespace fieldline
+}  // namespace fieldline::test

@@ -1,74 +1,40 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <map>
-#include <nlohmann/json.hpp>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/support/temp_directory.h"
 #include "tests/tools/simulated_line.h"
 #include "tests/tools/tool_process.h"
 #include "tools/output/watch_table.h"
 
-namespace fieldline {
+namespace fieldline::test {
 namespace {
 
-using nlohmann::json;
-using test::kAnySpeed;
-using test::ToolProcess;
-using test::ToolResult;
-using testing::HasSubstr;
+// A line of a site file.
+std::string Line(const std::string& name, const std::string& path, const std::string& devices) {
+  return '"' + name + R"(": {"path": ")" + path + R"(", "settings": "2400,n,8,1", "timeout": "0,5000", "devices": {)" +
+         devices + "}}";
+}
 
-std::vector<json> Lines(const std::string& text) {
-  std::vector<json> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) lines.push_back(json::parse(line));
-  return lines;
+std::string Probe(const std::string& name, int address, const std::string& interval) {
+  return '"' + name + R"(": {"kind": "envir", "address": )" + std::to_string(address) + R"(, "interval": )" + interval +
+         R"(, "scale": {"register_1": {"factor": 10, "unit": "°C"}}})";
 }
 
 TEST(Watch, PollsEveryDeviceOfEveryLine) {
-  const TempDirectory directory;
-  sim::Line probes(kAnySpeed);
-  probes.Add(test::MakeDevice("envir", 1)).values().PutNumber("temperature", 11.5);
-  probes.Add(test::MakeDevice("envir", 2)).values().PutNumber("temperature", 21.5);
-  sim::Line more_probes(kAnySpeed);
-  more_probes.Add(test::MakeDevice("envir", 1)).values().PutNumber("temperature", 31.5);
+  SimulatedLine probes;
+  probes.Add("envir", 1).values().PutNumber("temperature", 11.5);
+  probes.Add("envir", 2).values().PutNumber("temperature", 21.5);
+  SimulatedLine more_probes;
+  more_probes.Add("envir", 1).values().PutNumber("temperature", 31.5);
   ASSERT_TRUE(probes.Start() && more_probes.Start());
+  const TempDirectory directory;
   directory.WriteFile("inputs", "\x05");
-  const auto probe = [](int address) {
-    const json scale = {
-        {"register_1", {{"factor", 10}, {"unit", "°C"}}}
-    };
-    return json{
-        {"kind",     "envir"},
-        {"address",  address},
-        {"interval", 0      },
-        {"scale",    scale  }
-    };
-  };
-  const auto line = [](const std::string& path, const json& devices) {
-    return json{
-        {"path",     path        },
-        {"settings", "2400,n,8,1"},
-        {"timeout",  "0,5000"    },
-        {"devices",  devices     }
-    };
-  };
-  const json site = {
-      {"lines",
-       {{"A", line(probes.Path(), {{"a1", probe(1)}, {"a2", probe(2)}})},
-        {"B", line(more_probes.Path(), {{"b1", probe(1)}})},
-        {"C", line(directory.Path("absent"), {{"c1", probe(1)}})},
-        {"EIO1", {{"path", directory.Path("inputs")}, {"devices", {{"own", {{"kind", "di"}, {"interval", 0}}}}}}}}}
-  };
-  directory.WriteFile("site.json", site.dump());
-  const ToolResult result = test::RunTool("watch --count 3 " + directory.Path("site.json"));
-
-  EXPECT_EQ(result.status, 3);
-  EXPECT_THAT(result.err, HasSubstr("a2: 3 polls, 3 good, 0 failed"));
+  directory.WriteFile("site.json",
+                      R"({"lines": {)" + Line("A", probes.Path(), Probe("a1", 1, "0") + ", " + Probe("a2", 2, "0")) +
+                          ", " + Line("B", more_probes.Path(), Probe("b1", 1, "0")) + ", " +
+                          Line("C", directory.Path("absent"), Probe("c1", 1, "0")) + R"(, "EIO1": {"path": ")" +
+                          directory.Path("inputs") + R"(", "devices": {"own": {"kind": "di", "interval": 0}}}}})");
+  const ToolResult result =
+      ExpectTool("watch --count 3 " + directory.Path("site.json"), 3, "", "a2: 3 polls, 3 good, 0 failed");
   EXPECT_THAT(result.err, HasSubstr("c1: 3 polls, 0 good, 3 failed (3 line_absent)"));
   std::map<std::string, int> polls;
   for (const json& poll : Lines(result.out)) {
@@ -85,38 +51,22 @@ TEST(Watch, PollsEveryDeviceOfEveryLine) {
       EXPECT_EQ(poll["line"], device == "b1" ? "B" : "A");
       EXPECT_EQ(poll["address"], device == "a2" ? 2 : 1);
       EXPECT_EQ(poll["record"]["register_1"], expected * 10);
-      EXPECT_EQ(poll["physical"]["register_1"], json({
-                                                    {"value", expected},
-                                                    {"unit",  "°C"   }
-      }));
+      EXPECT_EQ(poll["physical"]["register_1"]["value"], expected);
+      EXPECT_EQ(poll["physical"]["register_1"]["unit"], "°C");
     }
   }
-  EXPECT_EQ(polls, (std::map<std::string, int>{
-                       {"a1",  3},
-                       {"a2",  3},
-                       {"b1",  3},
-                       {"c1",  3},
-                       {"own", 3}
-  }));
+  for (const char* device : {"a1", "a2", "b1", "c1", "own"}) EXPECT_EQ(polls[device], 3) << device;
 }
 
 TEST(Watch, ReopensALineThatVanished) {
   const TempDirectory directory;
   const std::string link = directory.Path("line");
-  sim::Line line(kAnySpeed);
-  sim::Device& probe = line.Add(test::MakeDevice("envir", 1));
+  SimulatedLine line;
+  sim::Device& probe = line.Add("envir", 1);
   ASSERT_TRUE(line.Start());
   std::filesystem::create_symlink(line.Path(), link);
-  const json device = {
-      {"kind",     "envir"},
-      {"interval", "3600s"}
-  };
-  const json site = {
-      {"lines",
-       {{"A", {{"path", link}, {"settings", "2400,n,8,1"}, {"timeout", "0,5000"}, {"devices", {{"p", device}}}}}}}
-  };
-  directory.WriteFile("site.json", site.dump());
-  ToolProcess watch({"watch", directory.Path("site.json")});
+  directory.WriteFile("site.json", R"({"lines": {)" + Line("A", link, Probe("p", 1, R"("3600s")")) + "}}");
+  ToolProcess watch("watch " + directory.Path("site.json"));
   ASSERT_TRUE(watch.WaitForOutput("\"ok\":true"));
   line.Stop();
   std::filesystem::remove(link);
@@ -139,14 +89,14 @@ TEST(Watch, DrawsReadingsAsBars) {
 }
 
 TEST(Watch, TurnsThePagesOfATableThatIsTooHigh) {
-  using Lines = std::vector<std::string>;
-  const Lines table = {"head", "a", "b", "c", "d", "e"};
+  using Table = std::vector<std::string>;
+  const Table table = {"head", "a", "b", "c", "d", "e"};
   EXPECT_EQ(tool::OnePage(table, 7, std::chrono::seconds(0)), table);
-  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(4)), (Lines{"head", "a", "b", "c", "page 1 of 2"}));
-  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(5)), (Lines{"head", "d", "e", "page 2 of 2"}));
-  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(10)), (Lines{"head", "a", "b", "c", "page 1 of 2"}));
-  EXPECT_EQ(tool::OnePage(table, 1, std::chrono::seconds(5)), (Lines{"head", "b", "page 2 of 5"}));
+  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(4)), (Table{"head", "a", "b", "c", "page 1 of 2"}));
+  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(5)), (Table{"head", "d", "e", "page 2 of 2"}));
+  EXPECT_EQ(tool::OnePage(table, 6, std::chrono::seconds(10)), (Table{"head", "a", "b", "c", "page 1 of 2"}));
+  EXPECT_EQ(tool::OnePage(table, 1, std::chrono::seconds(5)), (Table{"head", "b", "page 2 of 5"}));
 }
 
 }  // namespace
-}  // namespace fieldline
+}  // namespace fieldline::test
