@@ -95,7 +95,7 @@ std::vector<TableRow> ToTable(const Layout& layout) {
     const std::string times = field.count > 1 ? std::to_string(field.count) + " x " : "";
     rows.push_back({std::to_string(field.position), times + std::to_string(FieldWidth(field.type)),
                     std::string(FieldTypeName(field.type)), Names(field),
-                    field.factor != 1 ? "1/" + std::to_string(field.factor) : "", std::string(field.unit)});
+                    field.factor != 1 ? "1/" + Fixed(field.factor, 0) : "", std::string(field.unit)});
   }
   return rows;
 }
