@@ -1,5 +1,7 @@
 #include "polling/protocol/alarm_frame.h"
 
+#include <algorithm>
+
 #include "fieldline/alarm/alarm_link.h"
 #include "fieldline/sensor/modbus.h"
 #include "polling/protocol/wording.h"
@@ -90,10 +92,14 @@ ReplyFault FindFault(ByteSpan request, ByteSpan reply) {
 }  // namespace
 
 Bytes MakeAlarmFrame(BYTE command, ByteSpan payload) {
-  Bytes frame = {kStartMark, static_cast<BYTE>(payload.size() >> 8), static_cast<BYTE>(payload.size() & 0xFF), command};
-  frame.insert(frame.end(), payload.begin(), payload.end());
-  frame.push_back(ChecksumOf(frame, payload.size()));
-  frame.push_back(kEndMark);
+  Bytes frame(payload.size() + kOverhead);
+  frame[0] = kStartMark;
+  frame[1] = static_cast<BYTE>(payload.size() >> 8);
+  frame[2] = static_cast<BYTE>(payload.size() & 0xFF);
+  frame[kCommandPosition] = command;
+  std::ranges::copy(payload, frame.begin() + kPayloadPosition);
+  frame[kPayloadPosition + payload.size()] = ChecksumOf(frame, payload.size());
+  frame.back() = kEndMark;
   return frame;
 }
 

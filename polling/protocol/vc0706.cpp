@@ -39,7 +39,7 @@ std::string DescribeVc0706Request(ByteSpan request) {
   std::string text(NameOf(kCommands, command));
   if (command == kControlFrame && request.size() >= 5) text += request[4] == kResume ? ": resume" : ": freeze";
   if (command == kWriteRegister && request.size() >= 9) {
-    text += " " + HexOf(GetWordBE(&request[6])) + " = " + HexOf(request[8]);
+    text.append(" ").append(HexOf(GetWordBE(&request[6]))).append(" = ").append(HexOf(request[8]));
   }
   if (const std::optional<std::size_t> picture = PictureAskedFor(request)) text += ", " + Counted(*picture, "byte");
   return text;
