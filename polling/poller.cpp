@@ -65,10 +65,10 @@ bool IsUnanswered(const PollResult& result) {
 std::optional<Failure> PolledLine::Open(const LineConfig& line) {
   config_ = line;
   const PollOptions options = OptionsOf(line);
-  port_.SetTimeout(options.timeout.per_byte, options.timeout.constant);
-  checker_.SetCharacterTime(CharacterTime(line.settings));
-  if (port_.Open(line.definition.c_str()) != 0) return std::nullopt;
-  return DiagnoseOpen(port_, line);
+  port().SetTimeout(options.timeout.per_byte, options.timeout.constant);
+  checker().SetCharacterTime(CharacterTime(line.settings));
+  if (port().Open(line.definition.c_str()) != 0) return std::nullopt;
+  return DiagnoseOpen(port(), line);
 }
 
 std::unique_ptr<CSensorBase> RequireDriver(const Kind& kind) {

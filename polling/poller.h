@@ -19,13 +19,14 @@ namespace fieldline {
 // A line that is polled: a port of the library, the check of its replies, and a record of what passes.
 class PolledLine {
  public:
+  PolledLine() = default;
   virtual ~PolledLine() = default;
   PolledLine(const PolledLine&) = delete;
   PolledLine& operator=(const PolledLine&) = delete;
 
-  ISerBase& port() { return port_; }
-  ReplyChecker& checker() { return checker_; }
-  Recorder& recorder() { return recorder_; }
+  virtual ISerBase& port() = 0;
+  virtual ReplyChecker& checker() = 0;
+  virtual Recorder& recorder() = 0;
 
   // Opens the line; what is wrong when it can't be opened.
   std::optional<Failure> Open(const LineConfig& line);
@@ -33,14 +34,7 @@ class PolledLine {
   // The line as it was opened last, for people.
   const LineConfig& config() const { return config_; }
 
- protected:
-  PolledLine(ISerBase& port, ReplyChecker& checker, Recorder& recorder)
-      : port_(port), checker_(checker), recorder_(recorder) {}
-
  private:
-  ISerBase& port_;
-  ReplyChecker& checker_;
-  Recorder& recorder_;
   LineConfig config_;
 };
 
@@ -51,11 +45,12 @@ class PolledPort final : public PolledLine {
   // See Recorder for `trace` and `name`; `arguments` are those of the port.
   template <typename... Arguments>
   explicit PolledPort(TraceOutput* trace, std::string name, Arguments&&... arguments)
-      : PolledLine(own_port_, own_port_.checker(), own_recorder_),
-        own_recorder_(trace, std::move(name)),
-        own_port_(own_recorder_, std::forward<Arguments>(arguments)...) {}
+      : own_recorder_(trace, std::move(name)), own_port_(own_recorder_, std::forward<Arguments>(arguments)...) {}
   ~PolledPort() override { own_port_.Close(); }
 
+  ISerBase& port() override { return own_port_; }
+  ReplyChecker& checker() override { return own_port_.checker(); }
+  Recorder& recorder() override { return own_recorder_; }
   Base& own_port() { return own_port_; }
 
  private:

@@ -88,16 +88,15 @@ void GiveUp() {
 }  // namespace fieldline::tool
 
 int main(int argc, char** argv) {
-  using namespace fieldline;
-  PrepareStreams();
-  CatchInterrupts();
-  ExitCode code;
+  fieldline::PrepareStreams();
+  fieldline::CatchInterrupts();
+  fieldline::ExitCode code;
   {
-    const tool::Watchdog watchdog(tool::GiveUp);
-    const tool::StandardOutput output;
-    code = tool::RunAndComplain(argc, argv);
+    const fieldline::tool::Watchdog watchdog(fieldline::tool::GiveUp);
+    const fieldline::tool::StandardOutput output;
+    code = fieldline::tool::RunAndComplain(argc, argv);
     CSensorFactory::FreeInstance();
     CHubSerFactory::FreeInstance();
   }
-  return tool::Conclude(code);
+  return fieldline::tool::Conclude(code);
 }

@@ -104,18 +104,10 @@ std::string RecordText(const RecordField& field, const BYTE* record) {
 }
 
 double Physical(const RecordField& field, long long raw) {
-  switch (field.signed_bits) {
-    case 8:
-      raw = static_cast<std::int8_t>(raw & 0xFF);
-      break;
-    case 16:
-      raw = static_cast<std::int16_t>(raw & 0xFFFF);
-      break;
-    case 32:
-      raw = static_cast<std::int32_t>(raw & 0xFFFFFFFF);
-      break;
-    default:
-      break;
+  if (field.signed_bits != 0) {
+    const long long span = 1LL << field.signed_bits;
+    raw &= span - 1;
+    if (raw >= span / 2) raw -= span;
   }
   return static_cast<double>(raw) / field.factor + field.offset;
 }

@@ -11,8 +11,6 @@
 #include <iterator>
 #include <sstream>
 
-extern char** environ;
-
 namespace fieldline::test {
 namespace {
 

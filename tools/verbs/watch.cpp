@@ -89,7 +89,7 @@ class Watched {
     PrintTable(table, rows);
     std::vector<std::string> lines;
     for (std::string line; std::getline(table, line);) {
-      const bool is_bad = lines.size() > 0 && lines.size() <= bad;
+      const bool is_bad = !lines.empty() && lines.size() <= bad;
       lines.push_back(is_bad ? Alert(Clipped(line, size.columns), Stream::kOutput) : Clipped(line, size.columns));
     }
     constexpr char kHome[] = "\033[H";

@@ -73,12 +73,9 @@ int File::Write(const BYTE* data, int count) {
     const ssize_t taken = write(static_cast<int>(handle_), data + written, static_cast<std::size_t>(count - written));
     if (taken > 0) {
       written += static_cast<int>(taken);
-    } else if (taken == 0) {
-      return -1;
-    } else if (errno == ENOSPC || errno == EDQUOT) {
-      return written;
-    } else if (errno != EINTR) {
-      return -1;
+    } else if (taken == 0 || errno != EINTR) {
+      const bool full = taken < 0 && (errno == ENOSPC || errno == EDQUOT);
+      return full ? written : -1;
     }
   }
   return written;

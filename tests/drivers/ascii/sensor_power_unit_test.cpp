@@ -30,7 +30,7 @@ std::string Values(int first, int end) {
 TEST(SensorPowerUnit, DecodesFiveRepliesAndStopsAtTheRangeOfAField) {
   std::vector<unsigned> values;
   for (unsigned k = 0; k < 52; ++k) values.push_back(10 * k + 15);
-  for (const unsigned k : {7, 11, 20, 21, 22, 23}) values[k] = 100 * k + 150;
+  for (const unsigned k : {7u, 11u, 20u, 21u, 22u, 23u}) values[k] = 100 * k + 150;
   values[0] = 2205;
   values[1] = 35;
   values[6] = 4998;

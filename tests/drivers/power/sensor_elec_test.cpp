@@ -37,7 +37,7 @@ TEST(SensorElec, KeepsQuantities5And6WhileOnePhaseIsImplausible) {
   EXPECT_EQ(meter.m_data.q5_phase3, 10000u);
   EXPECT_EQ(meter.m_data.q6_phase1, 100u);
 
-  for (const std::size_t implausible : {51, 52, 53}) {
+  for (const std::size_t implausible : {51u, 52u, 53u}) {
     registers = Counting(0, 0, 57);
     registers[implausible] = 10001;
     port.Expect(kElecRequest).Reply(120, RegisterReply(5, 3, registers));

@@ -22,7 +22,7 @@ TEST(SensorEmerson, PlacesInputsAndRuns) {
       Hex("05 04 00 63 00 15 C0 5F"), 47, registers(99, 21), {{0, 2}, {209, 38}}
   });
   poll.exchanges.push_back({Hex("05 04 00 81 00 1D 61 AF"), 63, registers(129, 29), {{247, 46}}});
-  for (int j = 0; j < 109; ++j) poll.record[2u + j] = j == 0 || j == 9 || j == 108;
+  for (int j = 0; j < 109; ++j) poll.record[static_cast<std::size_t>(2 + j)] = j == 0 || j == 9 || j == 108;
   const std::tuple<int, int, int> runs[] = {
       {0,   100, 1 },
       {111, 8,   25},
@@ -37,7 +37,7 @@ TEST(SensorEmerson, PlacesInputsAndRuns) {
   };
   for (const auto& [position, first, count] : runs) {
     for (int k = 0; k < count; ++k) {
-      const Bytes number = Numbers(2, {1000u + first + k});
+      const Bytes number = Numbers(2, {static_cast<unsigned>(1000 + first + k)});
       std::copy(number.begin(), number.end(), poll.record.begin() + position + 2 * k);
     }
   }
