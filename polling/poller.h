@@ -10,8 +10,8 @@
 #include "fieldline/kinds.h"
 #include "fieldline/serial/ser_base.h"
 #include "polling/diagnosis.h"
-#include "polling/line_port.h"
-#include "polling/recorder.h"
+#include "polling/line/line_port.h"
+#include "polling/line/recorder.h"
 #include "polling/site/line_config.h"
 
 namespace fieldline {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "fieldline/kinds.h"
-#include "sim/devices/digital_inputs.h"
+#include "sim/devices/basic/digital_inputs.h"
 #include "sim/line.h"
 
 namespace fieldline::sim {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "polling/trace_output.h"
+#include "polling/line/trace_output.h"
 #include "sim/room.h"
 
 namespace fieldline::tool {

@@ -12,10 +12,10 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
+#include "polling/line/trace_output.h"
 #include "polling/read_file.h"
 #include "polling/text.h"
-#include "polling/trace_output.h"
-#include "sim/devices/picture_device.h"
+#include "sim/devices/imaging/picture_device.h"
 #include "sim/fault_text.h"
 #include "sim/room.h"
 #include "sim/scenario.h"

@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
-#include "polling/line_worker.h"
 #include "polling/site/site.h"
-#include "polling/statistics.h"
 #include "polling/text.h"
+#include "polling/watch/line_worker.h"
+#include "polling/watch/statistics.h"
 #include "tools/options/duration_option.h"
 #include "tools/options/number_option.h"
 #include "tools/options/output_option.h"

@@ -1,4 +1,4 @@
-#include "sim/devices/alarm_board.h"
+#include "sim/devices/alarm/alarm_board.h"
 
 #include <atomic>
 #include <future>

@@ -1,4 +1,4 @@
-#include "sim/devices/camera.h"
+#include "sim/devices/imaging/camera.h"
 
 #include <memory>
 #include <tuple>
@@ -12,8 +12,8 @@
 #include "fieldline/platform/device_name.h"
 #include "fieldline/sensor/make_driver.h"
 #include "fieldline/serial/ser_base.h"
-#include "sim/devices/camera_3ge.h"
-#include "sim/devices/picture.h"
+#include "sim/devices/imaging/camera_3ge.h"
+#include "sim/devices/imaging/picture.h"
 #include "sim/line.h"
 #include "tests/support/flash_images.h"
 #include "tests/support/make_device.h"

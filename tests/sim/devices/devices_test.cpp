@@ -1,8 +1,8 @@
 // What the tests of drivers against simulated devices leave open: requests that a device must not answer, and answers
 // that no driver asks for.
 
-#include "sim/devices/digital_inputs.h"
-#include "sim/devices/display.h"
+#include "sim/devices/basic/digital_inputs.h"
+#include "sim/devices/display/display.h"
 #include "sim/devices/modbus_slave.h"
 #include "tests/support/make_device.h"
 #include "tests/support/modbus_frames.h"

@@ -1,7 +1,7 @@
 #include <latch>
 
-#include "sim/devices/alarm_board.h"
-#include "sim/devices/display.h"
+#include "sim/devices/alarm/alarm_board.h"
+#include "sim/devices/display/display.h"
 #include "tests/support/temp_directory.h"
 #include "tests/tools/simulated_line.h"
 #include "tests/tools/tool_process.h"

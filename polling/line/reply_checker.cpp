@@ -1,0 +1,187 @@
+#include "polling/line/reply_checker.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "fieldline/platform/console.h"
+
+namespace fieldline {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+constexpr auto kLongestWait = 200ms;     // between two looks at whether the program is to end
+constexpr auto kShortestSilence = 20ms;  // an adapter may hold bytes back for 16 ms
+constexpr auto kLongestNoise = 1s;
+
+int CeilMs(std::chrono::steady_clock::duration time) {
+  return static_cast<int>(
+      std::chrono::ceil<milliseconds>(std::max(time, std::chrono::steady_clock::duration(0))).count());
+}
+
+}  // namespace
+
+void ReplyChecker::Begin(const PollManner& manner) {
+  manner_ = manner;
+  report_ = {};
+  request_.clear();
+  received_.clear();
+  ready_.clear();
+  heard_ = false;
+  gone_ = false;
+  if (const auto rest = ended_ + manner_.pause - Clock::now(); rest > 0ms) SleepUnlessInterrupted(CeilMs(rest));
+}
+
+LineReport ReplyChecker::End(bool good) {
+  Bytes first = std::exchange(ready_, {});
+  first.insert(first.end(), received_.begin(), received_.end());
+  received_.clear();
+  Clock::time_point first_at = Clock::now();
+  if (!request_.empty() && !gone_ && !Interrupted()) {
+    const bool silent =
+        DiscardUntilSilent(good ? Silence() : std::max<milliseconds>(Silence(), kShortestSilence), first, first_at);
+    report_.noise = !silent;
+  }
+  if (good) {
+    report_.trailing = std::move(first);
+  } else if (!heard_ && !first.empty()) {
+    report_.late = std::chrono::ceil<milliseconds>(first_at - sent_at_);
+  }
+  ended_ = Clock::now();
+  return report_;
+}
+
+int ReplyChecker::Write(const BYTE* data, int count) {
+  received_.clear();
+  ready_.clear();
+  heard_ = false;
+  if (!device_.Purge()) return -1;
+  request_.assign(data, data + count);
+  const int written = device_.Write(data, count);
+  sent_at_ = Clock::now();
+  return written;
+}
+
+int ReplyChecker::Read(BYTE* data, int count) {
+  if (count < 1) return 0;
+  if (ready_.empty()) {
+    const bool framed = manner_.protocol->find_frame != nullptr && !request_.empty();
+    if (framed) {
+      const auto standard = static_cast<int>(manner_.protocol->standard_length(request_));
+      AwaitFrame(DeadlineOf(std::max(count, standard)));
+    } else {
+      AwaitBytes(static_cast<std::size_t>(count), DeadlineOf(count));
+    }
+  }
+  const auto given = static_cast<std::ptrdiff_t>(std::min<std::size_t>(static_cast<std::size_t>(count), ready_.size()));
+  std::copy_n(ready_.begin(), given, data);
+  ready_.erase(ready_.begin(), ready_.begin() + given);
+  return static_cast<int>(given);
+}
+
+ReplyChecker::Clock::time_point ReplyChecker::DeadlineOf(int count) const {
+  const std::int64_t bytes = manner_.quick_silence && !heard_ ? 1 : count;
+  return Clock::now() + milliseconds(std::int64_t{manner_.timeout.per_byte} * bytes + manner_.timeout.constant);
+}
+
+milliseconds ReplyChecker::Silence() const { return std::chrono::ceil<milliseconds>(character_ * 7 / 2); }
+
+// Takes in what comes; while part of a frame is there, not longer than the line pauses within one.
+bool ReplyChecker::Receive(Clock::time_point deadline) {
+  const auto now = Clock::now();
+  if (now >= deadline || gone_ || Interrupted()) return false;
+  Clock::duration wait = std::min<Clock::duration>(deadline - now, kLongestWait);
+  const bool within_frame = !received_.empty();
+  if (within_frame) wait = std::min<Clock::duration>(wait, std::max<milliseconds>(Silence(), kShortestSilence));
+
+  BYTE bytes[512];
+  const int count = device_.ReadSome(bytes, sizeof bytes, CeilMs(wait));
+  gone_ = count < 0;
+  if (count > 0) {
+    received_.insert(received_.end(), bytes, bytes + count);
+    heard_ = true;
+  }
+  return true;
+}
+
+void ReplyChecker::AwaitBytes(std::size_t count, Clock::time_point deadline) {
+  const auto began = Clock::now();
+  while (received_.size() < count) {
+    const bool silent_so_far = !heard_;
+    if (!Receive(deadline)) break;
+    if (silent_so_far && heard_ && manner_.quick_silence) {
+      deadline = began + (DeadlineOf(static_cast<int>(count)) - Clock::now());
+    }
+  }
+  const auto given = static_cast<std::ptrdiff_t>(std::min(count, received_.size()));
+  ready_.assign(received_.begin(), received_.begin() + given);
+  received_.erase(received_.begin(), received_.begin() + given);
+}
+
+void ReplyChecker::AwaitFrame(Clock::time_point deadline) {
+  std::size_t searched = 0;  // bytes among which no whole frame was found
+  for (;;) {
+    const bool silent_so_far = !heard_;
+    const std::size_t before = received_.size();
+    const bool waiting = Receive(deadline);
+    if (silent_so_far && heard_ && manner_.quick_silence) {
+      deadline = DeadlineOf(static_cast<int>(manner_.protocol->standard_length(request_)));
+    }
+    // A frame that has begun is waited for; when the line pauses, it may as well begin later.
+    const bool paused = received_.size() == before;
+    if (received_.size() != searched || (paused && !received_.empty())) {
+      while (TakeFrame(paused || !waiting)) {
+        if (!ready_.empty()) return;
+      }
+      searched = received_.size();
+    }
+    if (!waiting) break;
+  }
+  ready_ = std::exchange(received_, {});
+}
+
+// Takes the first whole frame out of what has come, and what stands before it: into ready_ when it is the reply, away
+// when it is not. False when there is none.
+bool ReplyChecker::TakeFrame(bool no_more) {
+  const std::optional<FoundFrame> found = manner_.protocol->find_frame(request_, received_, no_more);
+  if (!found) return false;
+  if (found->begin > 0) Drop(found->begin, report_.stray, "stray");
+  const ByteSpan frame(received_.data(), found->length);
+  const std::string mismatch = manner_.protocol->mismatch(request_, frame, manner_.any_address);
+  if (!mismatch.empty()) {
+    report_.mismatch = mismatch;
+    report_.foreign.clear();
+    Drop(found->length, report_.foreign, "another's");
+    return true;
+  }
+  ready_.assign(frame.begin(), frame.end());
+  received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(found->length));
+  return true;
+}
+
+void ReplyChecker::Drop(std::size_t count, Bytes& kept, std::string_view what) {
+  const auto end = received_.begin() + static_cast<std::ptrdiff_t>(count);
+  kept.insert(kept.end(), received_.begin(), end);
+  recorder_.Dropped({received_.data(), count}, what);
+  received_.erase(received_.begin(), end);
+}
+
+bool ReplyChecker::DiscardUntilSilent(milliseconds silence, Bytes& first, Clock::time_point& first_at) {
+  constexpr std::size_t kMostKept = 64;
+  const auto limit = Clock::now() + kLongestNoise;
+  while (Clock::now() < limit) {
+    BYTE bytes[512];
+    const int count = device_.ReadSome(bytes, sizeof bytes, CeilMs(silence));
+    if (count <= 0) return true;
+    if (first.empty()) first_at = Clock::now();
+    const auto kept =
+        std::min<std::size_t>(static_cast<std::size_t>(count), kMostKept - std::min(kMostKept, first.size()));
+    first.insert(first.end(), bytes, bytes + kept);
+    recorder_.Dropped({bytes, static_cast<std::size_t>(count)}, "after the reply");
+    silence = std::max<milliseconds>(silence, kShortestSilence);  // more may follow
+  }
+  return false;
+}
+
+}  // namespace fieldline
