@@ -56,6 +56,15 @@ std::optional<Warning> FindWarning(const WireProtocol& protocol, const std::vect
   return std::nullopt;
 }
 
+// A reply that may begin anywhere among the bytes that came.
+Failure Unclear(const std::vector<Exchange>& exchanges, const LineReport& report) {
+  Failure failure = {ExitCode::kRefusedReply, "trailing_bytes",
+                     Hinted("after the reply", report.trailing, "nothing tells where the reply begins")};
+  failure.request = exchanges.back().request;
+  failure.reply = exchanges.back().reply;
+  return failure;
+}
+
 bool IsUnanswered(const PollResult& result) {
   return result.failure && (result.failure->code == "no_answer" || result.failure->code == "late_reply");
 }
@@ -109,7 +118,9 @@ PollResult PollOnce(const Kind& kind, int address, PolledLine* line, const PollO
     good = !result.failure;
   }
   const LineReport report = line->checker().End(good);
-  if (good) {
+  if (good && protocol.needs_clean_line && !report.trailing.empty()) {
+    result.failure = Unclear(result.exchanges, report);
+  } else if (good) {
     if (!result.exchanges.empty()) result.warning = FindWarning(protocol, result.exchanges, report);
   } else if (Interrupted()) {
     result.failure = Failure{ExitCode::kSomeFailed, "interrupted", "interrupted before the poll ended"};

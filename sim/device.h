@@ -37,6 +37,10 @@ class Device {
   // silence for that (Modbus RTU) return 0 until `silent`.
   virtual std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) = 0;
 
+  // Makes a reply look like another device's: changes the address in it, and its checksum accordingly. Does nothing for
+  // a protocol without addresses.
+  virtual void ChangeAddress(Bytes& /*reply*/) const {}
+
   Values& values() { return values_; }
 
  private:

@@ -14,33 +14,49 @@ bool Read(std::string_view text, Number low, Number high, Number* number) {
   return error == std::errc{} && stop == end && *number >= low && *number <= high;
 }
 
+constexpr struct {
+  std::string_view name;
+  Fault fault;
+} kFaults[] = {
+    {"drop",     Fault::kDrop    },
+    {"corrupt",  Fault::kCorrupt },
+    {"truncate", Fault::kTruncate},
+    {"noise",    Fault::kNoise   },
+    {"trail",    Fault::kTrail   },
+    {"repeat",   Fault::kRepeat  },
+    {"address",  Fault::kAddress },
+    {"delay",    Fault::kDelay   },
+    {"deaf",     Fault::kDeaf    },
+};
+
 }  // namespace
 
 std::optional<FaultRule> FaultNamed(std::string_view name) {
-  FaultRule rule;
-  if (name == "drop") {
-    rule.fault = Fault::kDrop;
-  } else if (name == "corrupt") {
-    rule.fault = Fault::kCorrupt;
-  } else if (name == "truncate") {
-    rule.fault = Fault::kTruncate;
-  } else if (name == "noise") {
-    rule.fault = Fault::kNoise;
-  } else if (name == "delay") {
-    rule.fault = Fault::kDelay;
-  } else {
-    return std::nullopt;
+  for (const auto& known : kFaults) {
+    if (known.name == name) return FaultRule{.fault = known.fault};
   }
-  return rule;
+  return std::nullopt;
+}
+
+std::string FaultNames() {
+  std::string names;
+  for (const auto& known : kFaults) {
+    if (&known != kFaults) names += &known == std::end(kFaults) - 1 ? " or " : ", ";
+    names += known.name;
+  }
+  return names;
 }
 
 std::string SetCondition(FaultRule& rule, std::string_view name, std::string_view value) {
+  if (rule.fault == Fault::kDeaf && name != "ms") return "the fault \"deaf\" has a time and no condition";
   if (name == "p") {
     return Read(value, 0.0, 1.0, &rule.probability) ? "" : "p is a probability from 0 to 1";
   }
   const bool known = name == "nth" || name == "every" || name == "ms";
   if (!known) return "there is no condition \"" + std::string(name) + '"';
-  if (name == "ms" && rule.fault != Fault::kDelay) return "only the fault \"delay\" has a time";
+  if (name == "ms" && rule.fault != Fault::kDelay && rule.fault != Fault::kDeaf) {
+    return "only the faults \"delay\" and \"deaf\" have a time";
+  }
   unsigned number = 0;
   if (!Read(value, 1u, 1'000'000u, &number)) return std::string(name) + " is a number from 1 to 1000000";
   if (name == "nth") rule.nth = number;

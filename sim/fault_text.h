@@ -10,12 +10,17 @@
 namespace fieldline::sim {
 
 constexpr char kFaultForm[] =
-    "drop, corrupt, truncate, noise or delay, then :nth=N, :every=N or :p=P, and ms=N of a delay";
+    "drop, corrupt, truncate, noise, trail, repeat, address or delay, then :nth=N, :every=N or :p=P, and ms=N of a "
+    "delay; or deaf:ms=N";
 
 // The rule for the fault of that name, without a condition. Empty when there is no such fault.
 std::optional<FaultRule> FaultNamed(std::string_view name);
 
-// Sets a condition of the rule: nth or every (1 to 1000000), p (0 to 1), or, only for a delay, ms (1 to 1000000).
+// "drop, corrupt, ... or deaf", for messages.
+std::string FaultNames();
+
+// Sets a condition of the rule: nth or every (1 to 1000000), p (0 to 1), or ms (1 to 1000000), which only a delay and
+// deafness have; deafness has nothing else.
 // Returns an error message, empty on success.
 std::string SetCondition(FaultRule& rule, std::string_view name, std::string_view value);
 

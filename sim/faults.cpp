@@ -6,7 +6,7 @@ namespace fieldline::sim {
 
 Faults::Faults(std::uint32_t seed, std::vector<FaultRule> rules) : random_(seed), rules_(std::move(rules)) {}
 
-void Faults::Injure(Reply& reply) {
+void Faults::Apply(const Device& device, Reply& reply) {
   ++replies_;
   Bytes& bytes = reply.bytes;
   for (const FaultRule& rule : rules_) {
@@ -23,16 +23,44 @@ void Faults::Injure(Reply& reply) {
         bytes.resize(Random(length));
         break;
       case Fault::kNoise: {
-        Bytes noise(1 + Random(4));
-        for (BYTE& byte : noise) byte = static_cast<BYTE>(Random(256));
+        const Bytes noise = StrayBytes();
         bytes.insert(bytes.begin(), noise.begin(), noise.end());
         break;
       }
+      case Fault::kTrail: {
+        const Bytes noise = StrayBytes();
+        bytes.insert(bytes.end(), noise.begin(), noise.end());
+        break;
+      }
+      case Fault::kRepeat: {
+        const Bytes again = bytes;
+        bytes.insert(bytes.end(), again.begin(), again.end());
+        break;
+      }
+      case Fault::kAddress:
+        device.ChangeAddress(bytes);
+        break;
       case Fault::kDelay:
         reply.delay += rule.delay;
         break;
+      case Fault::kDeaf:
+        break;
     }
   }
+}
+
+std::chrono::milliseconds Faults::DeafTime() const {
+  std::chrono::milliseconds time{0};
+  for (const FaultRule& rule : rules_) {
+    if (rule.fault == Fault::kDeaf) time = rule.delay;
+  }
+  return time;
+}
+
+Bytes Faults::StrayBytes() {
+  Bytes bytes(1 + Random(4));
+  for (BYTE& byte : bytes) byte = static_cast<BYTE>(Random(256));
+  return bytes;
 }
 
 bool Faults::Hits(const FaultRule& rule) {

@@ -65,8 +65,10 @@ void Line::Run(const std::stop_token& stop) {
       Serve(stop, false);
     } else if (!received_.empty()) {
       Serve(stop, true);
-      if (!received_.empty()) Tell(Traffic::kUnclaimed, received_);
+      if (received_.empty()) continue;
+      Tell(Traffic::kUnclaimed, received_);
       received_.clear();
+      Deafen(nullptr);
     }
   }
 }
@@ -75,23 +77,35 @@ void Line::Serve(const std::stop_token& stop, bool silent) {
   bool taken = true;
   while (taken && !received_.empty()) {
     taken = false;
-    for (const auto& device : devices_) {
+    for (const auto& [device, deaf_until] : devices_) {
       std::vector<Reply> replies;
       const std::size_t count = device->Hear(received_, silent, replies);
       if (count == 0) continue;
+      if (Clock::now() < deaf_until) replies.clear();
+      Deafen(device.get());
       Tell(Traffic::kRequest, std::span(received_).first(count));
       received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(count));
-      for (Reply& reply : replies) Send(stop, std::move(reply));
+      for (Reply& reply : replies) Send(stop, *device, std::move(reply));
       taken = true;
       break;
     }
   }
 }
 
-void Line::Send(const std::stop_token& stop, Reply reply) {
+// A request to `addressed`, null for one that is on the line with no device, was heard by all others.
+void Line::Deafen(const Device* addressed) {
+  const std::lock_guard lock(faults_mutex_);
+  const std::chrono::milliseconds time = faults_.DeafTime();
+  if (time == 0ms) return;
+  for (auto& [device, deaf_until] : devices_) {
+    if (device.get() != addressed) deaf_until = Clock::now() + time;
+  }
+}
+
+void Line::Send(const std::stop_token& stop, const Device& device, Reply reply) {
   {
     const std::lock_guard lock(faults_mutex_);
-    faults_.Injure(reply);
+    faults_.Apply(device, reply);
   }
   if (reply.bytes.empty()) return;
   Tell(Traffic::kReply, reply.bytes);

@@ -45,7 +45,7 @@ class Line {
   template <typename T>
   T& Add(std::unique_ptr<T> device) {
     T& added = *device;
-    devices_.push_back(std::move(device));
+    devices_.push_back({std::move(device)});
     return added;
   }
 
@@ -70,14 +70,19 @@ class Line {
 
   void Run(const std::stop_token& stop);
   void Serve(const std::stop_token& stop, bool silent);
-  void Send(const std::stop_token& stop, Reply reply);
+  void Send(const std::stop_token& stop, const Device& device, Reply reply);
+  void Deafen(const Device* addressed);
   void Put(const std::stop_token& stop, std::span<const BYTE> bytes);
   bool Understands() const;
   Clock::duration WireTime(double characters) const;
   void Tell(Traffic traffic, std::span<const BYTE> bytes) const;
 
   const LineOptions options_;
-  std::vector<std::unique_ptr<Device>> devices_;
+  struct Attached {
+    std::unique_ptr<Device> device;
+    Clock::time_point deaf_until{};  // see Fault::kDeaf
+  };
+  std::vector<Attached> devices_;
   Listener listener_;
   std::mutex faults_mutex_;
   Faults faults_;

@@ -44,7 +44,7 @@ LineReport ReplyChecker::End(bool good) {
     report_.noise = !silent;
   }
   if (good) {
-    report_.trailing = std::move(first);
+    report_.trailing.insert(report_.trailing.end(), first.begin(), first.end());
   } else if (!heard_ && !first.empty()) {
     report_.late = std::chrono::ceil<milliseconds>(first_at - sent_at_);
   }
@@ -53,6 +53,7 @@ LineReport ReplyChecker::End(bool good) {
 }
 
 int ReplyChecker::Write(const BYTE* data, int count) {
+  if (!request_.empty()) AwaitSilence();
   received_.clear();
   ready_.clear();
   heard_ = false;
@@ -61,6 +62,16 @@ int ReplyChecker::Write(const BYTE* data, int count) {
   const int written = device_.Write(data, count);
   sent_at_ = Clock::now();
   return written;
+}
+
+// A reply seldom says what was asked for. So what may still follow the reply to the poll's last request, such as the
+// same reply again, must be over before the next request.
+void ReplyChecker::AwaitSilence() {
+  if (manner_.protocol->find_frame == nullptr || gone_ || Interrupted()) return;
+  Bytes first = std::exchange(received_, {});
+  Clock::time_point first_at;
+  if (!DiscardUntilSilent(std::max<milliseconds>(Silence(), kShortestSilence), first, first_at)) report_.noise = true;
+  report_.trailing.insert(report_.trailing.end(), first.begin(), first.end());
 }
 
 int ReplyChecker::Read(BYTE* data, int count) {

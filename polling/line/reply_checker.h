@@ -34,10 +34,11 @@ struct LineReport {
 
 // Stands between a driver and the line, and sees that each reply belongs to its request.
 //
-// The line is purged before each request. Where the protocol has frames, a frame of another device is dropped and the
-// wait goes on within the same time-out, as the Modbus serial line guide (V1.02, 2.4.1, "waiting for reply") asks, and
-// a frame is found after stray bytes. Reads end as soon as a whole frame has come. When none comes, the driver gets the
-// bytes as they came, and judges them itself. After a failed poll the line is read until it is silent.
+// The line is purged before each request, and silent before a poll's second and later ones. Where the protocol has
+// frames, a frame of another device is dropped and the wait goes on within the same time-out, as the Modbus serial line
+// guide (V1.02, 2.4.1, "waiting for reply") asks, and a frame is found after stray bytes. Reads end as soon as a whole
+// frame has come. When none comes, the driver gets the bytes as they came, and judges them itself. After a failed poll
+// the line is read until it is silent.
 class ReplyChecker {
  public:
   using Clock = std::chrono::steady_clock;
@@ -63,6 +64,7 @@ class ReplyChecker {
   void AwaitBytes(std::size_t count, Clock::time_point deadline);
   void AwaitFrame(Clock::time_point deadline);
   bool TakeFrame(bool no_more);
+  void AwaitSilence();
   void Drop(std::size_t count, Bytes& kept, std::string_view what);
   Clock::time_point DeadlineOf(int count) const;
   std::chrono::milliseconds Silence() const;

@@ -117,6 +117,7 @@ const WireProtocol kAlarmFrame = {
     .is_sound = AlwaysSound,
     .step_name = Describe,
     .reply_address = NoAddress,
+    .needs_clean_line = false,
     .standard_length = NoStandardLength,
 };
 

@@ -40,6 +40,7 @@ const WireProtocol kDgus = {
     .is_sound = AlwaysSound,
     .step_name = DescribeDgusRequest,
     .reply_address = NoAddress,
+    .needs_clean_line = false,
     .standard_length = NoStandardLength,
 };
 

@@ -42,6 +42,7 @@ const WireProtocol kDualFrame = {
     .is_sound = AlwaysSound,
     .step_name = DescribeDualRequest,
     .reply_address = NoAddress,
+    .needs_clean_line = true,
     .standard_length = NoStandardLength,
 };
 

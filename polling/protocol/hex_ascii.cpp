@@ -143,6 +143,7 @@ const WireProtocol kHexAscii = {
     .is_sound = HasChecksum,
     .step_name = StepName,
     .reply_address = ReplyAddress,
+    .needs_clean_line = false,
     .standard_length = NoStandardLength,
 };
 

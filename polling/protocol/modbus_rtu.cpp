@@ -182,6 +182,7 @@ const WireProtocol kModbusRtu = {
     .is_sound = IsSound,
     .step_name = StepName,
     .reply_address = ReplyAddress,
+    .needs_clean_line = false,
     .standard_length = StandardLength,
 };
 

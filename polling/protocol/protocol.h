@@ -53,6 +53,9 @@ struct WireProtocol {
   // The address that a reply carries. Nothing where the protocol has none, or before it has come.
   std::optional<int> (*reply_address)(ByteSpan reply);
 
+  // Whether a reply counts only when nothing else came with it, since nothing in it tells where it begins.
+  bool needs_clean_line;
+
   // How many bytes a device that keeps to the standard answers with. 0 where there is no such standard.
   std::size_t (*standard_length)(ByteSpan request);
 };

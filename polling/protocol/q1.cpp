@@ -74,6 +74,7 @@ const WireProtocol kQ1 = {
     .is_sound = AlwaysSound,
     .step_name = StepName,
     .reply_address = NoAddress,
+    .needs_clean_line = false,
     .standard_length = NoStandardLength,
 };
 

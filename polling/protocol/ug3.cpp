@@ -40,6 +40,7 @@ const WireProtocol kUg3 = {
     .is_sound = AlwaysSound,
     .step_name = DescribeUg3Request,
     .reply_address = NoAddress,
+    .needs_clean_line = false,
     .standard_length = NoStandardLength,
 };
 

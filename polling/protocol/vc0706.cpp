@@ -95,6 +95,7 @@ const WireProtocol kVc0706 = {
     .is_sound = AlwaysSound,
     .step_name = DescribeVc0706Request,
     .reply_address = NoAddress,
+    .needs_clean_line = false,
     .standard_length = NoStandardLength,
 };
 

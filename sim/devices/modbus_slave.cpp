@@ -19,6 +19,12 @@ unsigned Crc(std::span<const BYTE> bytes) {
   return crc;
 }
 
+void AppendCrc(Bytes& frame) {
+  const unsigned crc = Crc(frame);
+  frame.push_back(static_cast<BYTE>(crc & 0xFF));
+  frame.push_back(static_cast<BYTE>(crc >> 8));
+}
+
 void Append(Bytes& data, const std::map<WORD, WORD>& registers, WORD first, unsigned count) {
   for (unsigned i = 0; i < count; ++i) {
     const unsigned value = registers.at(static_cast<WORD>(first + i));
@@ -63,11 +69,16 @@ std::size_t ModbusSlave::Hear(std::span<const BYTE> received, bool silent, std::
   Bytes reply = {address_};
   const Bytes answer = Answer(frame.subspan(1));
   reply.insert(reply.end(), answer.begin(), answer.end());
-  const unsigned reply_crc = Crc(reply);
-  reply.push_back(static_cast<BYTE>(reply_crc & 0xFF));
-  reply.push_back(static_cast<BYTE>(reply_crc >> 8));
+  AppendCrc(reply);
   replies.push_back({std::move(reply), delay_});
   return received.size();
+}
+
+void ModbusSlave::ChangeAddress(Bytes& reply) const {
+  if (reply.size() < kShortestFrame) return;
+  ++reply[0];
+  reply.resize(reply.size() - 2);
+  AppendCrc(reply);
 }
 
 Bytes ModbusSlave::Answer(std::span<const BYTE> request) {

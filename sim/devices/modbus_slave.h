@@ -14,6 +14,7 @@ class ModbusSlave : public Device {
   explicit ModbusSlave(BYTE address) : address_(address) {}
 
   std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  void ChangeAddress(Bytes& reply) const override;
 
  protected:
   using Registers = std::map<WORD, WORD>;

@@ -6,6 +6,9 @@
 #include <bit>
 #include <string>
 
+#include "tests/support/make_device.h"
+#include "tests/support/scripted_port.h"
+
 namespace fieldline::sim {
 namespace {
 
@@ -14,11 +17,12 @@ using namespace std::chrono_literals;
 const Bytes kReply = {0x01, 0x03, 0x04, 0x01, 0x23, 0xFE, 0xDC, 0x4B, 0xFC};
 
 std::vector<Bytes> Injured(std::uint32_t seed, std::vector<FaultRule> rules, int count) {
+  const std::unique_ptr<Device> device = test::MakeDevice("envir", 1);
   Faults faults(seed, std::move(rules));
   std::vector<Bytes> injured;
   for (int i = 0; i < count; ++i) {
     Reply reply{kReply};
-    faults.Injure(reply);
+    faults.Apply(*device, reply);
     injured.push_back(reply.bytes);
   }
   return injured;
@@ -58,10 +62,17 @@ TEST(Faults, InjureAsTheySay) {
     const Bytes noisy = once(seed, Fault::kNoise);
     ASSERT_GT(noisy.size(), kReply.size());
     EXPECT_TRUE(std::equal(kReply.rbegin(), kReply.rend(), noisy.rbegin()));
+
+    const Bytes trailed = once(seed, Fault::kTrail);
+    ASSERT_GT(trailed.size(), kReply.size());
+    EXPECT_TRUE(std::equal(kReply.begin(), kReply.end(), trailed.begin()));
   }
+  EXPECT_EQ(once(1, Fault::kRepeat), test::Hex("01 03 04 01 23 FE DC 4B FC 01 03 04 01 23 FE DC 4B FC"));
+  EXPECT_EQ(once(1, Fault::kAddress), test::Hex("02 03 04 01 23 FE DC 78 FC"));
+
   rule = {.fault = Fault::kDelay, .nth = 1, .delay = 70ms};
   Reply reply{kReply, 30ms};
-  Faults(1, {rule}).Injure(reply);
+  Faults(1, {rule}).Apply(*test::MakeDevice("envir", 1), reply);
   EXPECT_EQ(reply.delay, 100ms);
   EXPECT_EQ(reply.bytes, kReply);
 }

@@ -76,12 +76,12 @@ class Reader {
     return faults;
   }
 
-  // The conditions are those of the command line; a delay has its time.
+  // The conditions are those of the command line; a delay and deafness have their time.
   static sim::FaultRule ReadRule(const JsonNode& node) {
     node.RequireObject({"fault", "nth", "every", "probability", "delay"});
     const JsonNode name = node.Get("fault");
     std::optional<sim::FaultRule> rule = sim::FaultNamed(name.Text());
-    if (!rule) name.RefuseAsNot("drop, corrupt, truncate, noise or delay");
+    if (!rule) name.RefuseAsNot(sim::FaultNames());
     const auto set = [&](const JsonNode& condition, std::string_view as, const std::string& value) {
       if (const std::string wrong = sim::SetCondition(*rule, as, value); !wrong.empty()) condition.Refuse(wrong);
     };

@@ -9,6 +9,7 @@ namespace fieldline::sim {
 namespace {
 
 // Positions in a frame. A reply has its return code in the place of the command.
+constexpr std::size_t kAddress = 3;
 constexpr std::size_t kCommand = 7;
 constexpr std::size_t kLength = 9;
 constexpr std::size_t kInfo = 13;
@@ -46,7 +47,8 @@ std::string Frame(const std::string& head, unsigned return_code, const std::stri
 }  // namespace
 
 HexAsciiDevice::HexAsciiDevice(const Identity& identity)
-    : head_(identity.start + HexByte(identity.version) + HexByte(identity.address) + HexByte(identity.type)) {}
+    : head_(identity.start + HexByte(identity.version) + HexByte(identity.address) + HexByte(identity.type)),
+      address_(identity.address) {}
 
 std::size_t HexAsciiDevice::Hear(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
   const auto end = std::ranges::find(received, '\r');
@@ -64,6 +66,14 @@ std::size_t HexAsciiDevice::Hear(std::span<const BYTE> received, bool /*silent*/
   const std::string reply = answer ? Frame(head_, kNormal, *answer) : Frame(head_, kUnknownCommand, "");
   replies.push_back({Bytes(reply.begin(), reply.end())});
   return request.size();
+}
+
+void HexAsciiDevice::ChangeAddress(Bytes& reply) const {
+  if (reply.size() < kInfo + kTrail) return;
+  std::string frame(reply.begin(), reply.end() - kTrail);
+  frame.replace(kAddress, 2, HexByte(address_ + 1));
+  frame += Checksum(frame) + '\r';
+  reply.assign(frame.begin(), frame.end());
 }
 
 std::string HexByte(unsigned value) { return Hex(value, 2); }

@@ -13,6 +13,7 @@ namespace fieldline::sim {
 class HexAsciiDevice : public Device {
  public:
   std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  void ChangeAddress(Bytes& reply) const override;
 
  protected:
   struct Identity {
@@ -29,6 +30,7 @@ class HexAsciiDevice : public Device {
 
  private:
   const std::string head_;  // start, version, address and type, as in every frame
+  const unsigned address_;
 };
 
 // Numbers as characters of INFO.

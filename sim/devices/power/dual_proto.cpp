@@ -99,6 +99,8 @@ std::size_t DualProtoFrame::Hear(std::span<const BYTE> received, bool /*silent*/
   return kRequestLength;
 }
 
+void DualProtoFrame::ChangeAddress(Bytes& reply) const { ++reply[0]; }
+
 Bytes DualProtoFrame::Body() {
   Bytes body(kBodyLength);
   const auto put = [&body](int place, int value) { body[static_cast<std::size_t>(place)] = static_cast<BYTE>(value); };

@@ -31,6 +31,7 @@ class DualProtoFrame : public Device {
   explicit DualProtoFrame(BYTE address);
 
   std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  void ChangeAddress(Bytes& reply) const override;
 
  private:
   Bytes Body();
