@@ -147,6 +147,26 @@ TEST(ReplyChecker, LooksAtTheChecksumAndTheAddressForDriversThatDoNot) {
   EXPECT_NE(CodeOf(noisy.Poll()), "good");
 }
 
+TEST(ReplyChecker, IsNotTakenInByARepliesCopyAtTheNextStep) {
+  // Four requests for one register each, of which the first two differ in nothing that a reply carries.
+  const Bytes status = WithCrc("01 04 02 00 01");
+  Bench leak(KindOf(SERDAT_LEAK),
+             {{{status}, {status, 10ms}}, {{WithCrc("01 04 02 00 07")}}, {{WithCrc("01 03 02 00 08")}}},
+             WithCrc("01 04 02 00 09"));
+  const PollResult result = leak.Poll();
+  EXPECT_EQ(CodeOf(result), "warning trailing_bytes");
+  EXPECT_EQ(result.record, Hex("01 01 00 00 07 00 00 00 08 00 00 00 09 00 00 00"));
+}
+
+TEST(ReplyChecker, TrustsAUnitWithoutAChecksumOnASilentLineOnly) {
+  const Bytes values = Hex("01 01 84") + Bytes(132, 7);
+  Bench unit(KindOf(SERDAT_DUAL_PROTO), {{{values + Hex("00")}}}, values);
+  const PollResult result = unit.Poll();
+  EXPECT_EQ(CodeOf(result), "trailing_bytes");
+  EXPECT_TRUE(result.record.empty());
+  EXPECT_EQ(CodeOf(unit.Poll()), "good");
+}
+
 TEST(ReplyChecker, SaysHowFarAPollOfSeveralStepsCame) {
   const Bytes status = Text("(208.4 140.0 208.4 034 59.9 2.05 35.0 00110000\r");
   Bench silent(KindOf(SERDAT_UPS), {{{status}}, {}}, status);
