@@ -123,7 +123,7 @@ PollResult PollOnce(const Kind& kind, int address, PolledLine* line, const PollO
   } else if (good) {
     if (!result.exchanges.empty()) result.warning = FindWarning(protocol, result.exchanges, report);
   } else if (Interrupted()) {
-    result.failure = Failure{ExitCode::kSomeFailed, "interrupted", "interrupted before the poll ended"};
+    result.failure = Failure{ExitCode::kSomeFailed, "interrupted", "interrupted before it ended"};
   } else if (!result.failure) {
     result.failure = DiagnosePoll(kind, address, *line, report, ended);
   }

@@ -92,8 +92,11 @@ class SerialDevice {
  private:
   static constexpr std::intptr_t kInvalidHandle = -1;
 
+  bool IsTransmitterEmpty();
+
   std::intptr_t handle_ = kInvalidHandle;
   SerialTimeouts timeouts_{};
+  bool reports_transmitter_ = true;  // until a backend that asks for it learns that the driver can't tell
 };
 
 }  // namespace fieldline

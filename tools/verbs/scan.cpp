@@ -206,7 +206,7 @@ class Scan {
       Conclude(pass.line);
       found |= counts_.found > 0;
       refused |= counts_.refused > 0;
-      if (Interrupted()) break;
+      if (Interrupted()) return ExitCode::kSomeFailed;
     }
     if (found) return ExitCode::kGood;
     return refused ? ExitCode::kRefusedReply : ExitCode::kNoAnswer;

@@ -56,13 +56,6 @@ int DiscardQueued(int fd) {
   return queued;
 }
 
-// The queue is empty before all bytes are on the wire: a UART holds up to 64 more, which take a while at 2400 bit/s.
-// Most UART drivers report when these are sent. For drivers that don't, an empty queue must be enough.
-bool IsTransmitterEmpty(int fd) {
-  unsigned int line_status = 0;
-  return ioctl(fd, TIOCSERGETLSR, &line_status) != 0 || (line_status & TIOCSER_TEMT) != 0;
-}
-
 tcflag_t DataBitFlags(std::uint32_t data_bits) {
   switch (data_bits) {
     case 5:
@@ -159,6 +152,7 @@ SerialDevice::OpenResult SerialDevice::Open(const wchar_t* name) {
     return OpenFailure(error);
   }
   handle_ = fd;
+  reports_transmitter_ = true;
   if (!MakeRaw(fd)) {
     const int error = errno;
     Close();
@@ -218,23 +212,31 @@ bool SerialDevice::Purge() {
   return ioctl(fd, TCFLSH, TCIFLUSH) == 0;
 }
 
+// The queue is empty before all bytes are on the wire: a UART holds up to 64 more, which take a while at 2400 bit/s.
+// Most UART drivers report when these are sent. The others are asked once; for them an empty queue must be enough.
+bool SerialDevice::IsTransmitterEmpty() {
+  if (!reports_transmitter_) return true;
+  unsigned int line_status = 0;
+  reports_transmitter_ = ioctl(static_cast<int>(handle_), TIOCSERGETLSR, &line_status) == 0;
+  return !reports_transmitter_ || (line_status & TIOCSER_TEMT) != 0;
+}
+
 int SerialDevice::Read(BYTE* data, int count) {
   if (!IsOpen() || count < 1) return 0;
   const int fd = static_cast<int>(handle_);
   const Deadline deadline(TotalMs(timeouts_.read_per_byte, timeouts_.read_constant, count));
   int received = 0;
-  bool last_look = false;
   while (received < count) {
+    // After the deadline this still reports the bytes received until now.
+    const short events = WaitFor(fd, POLLIN, deadline);
+    if (events == 0) break;
     const ssize_t taken = read(fd, data + received, static_cast<std::size_t>(count - received));
     if (taken > 0) {
       received += static_cast<int>(taken);
       continue;
     }
-    if (taken == 0 || (errno != EAGAIN && errno != EINTR) || last_look) break;
-    const short events = WaitFor(fd, POLLIN, deadline);
-    if (events == 0) break;
-    // One last read returns the bytes received until now.
-    last_look = IsGone(events) || deadline.RemainingNs() == 0;
+    const bool nothing_yet = taken < 0 && (errno == EAGAIN || errno == EINTR);
+    if (!nothing_yet || IsGone(events) || deadline.RemainingNs() == 0) break;
   }
   return received;
 }
@@ -282,7 +284,7 @@ int SerialDevice::Write(const BYTE* data, int count) {
   for (;;) {
     const int queued = QueuedForSending(fd);
     if (queued < 0) return -1;
-    if (queued == 0 && IsTransmitterEmpty(fd)) return count;
+    if (queued == 0 && IsTransmitterEmpty()) return count;
     if (deadline.RemainingNs() == 0) return give_up(handed_over);
     if (IsGone(WaitFor(fd, 0, Deadline(1)))) return -1;
   }

@@ -180,6 +180,21 @@ TEST_F(KernelCallsTest, AWriteReturnsWhenTheTransmitterIsEmpty) {
   EXPECT_EQ(0, bytes_in_transmitter);
 }
 
+TEST_F(KernelCallsTest, ADriverThatCannotTellOfItsTransmitterIsAskedOnceAnOpening) {
+  OpenNear();
+  int asked = 0;
+  kernel = [&](int fd, unsigned long request, void* argument) {
+    if (request == TIOCSERGETLSR) return ++asked, Fail(ENOTTY);
+    return __real_ioctl(fd, request, argument);
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(1, WriteNear({1}));
+  EXPECT_EQ(1, asked);
+  near_.Close();
+  OpenNear();
+  EXPECT_EQ(1, WriteNear({1}));
+  EXPECT_EQ(2, asked) << "another adapter may be there now";
+}
+
 TEST_F(KernelCallsTest, AWriteOnAHaltedLineDiscardsTheRest) {
   OpenNear({0, 0, 1, 10});
   bool flushed = false;

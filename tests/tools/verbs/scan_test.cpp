@@ -64,7 +64,7 @@ TEST(Scan, EndsOnCtrlCWithWhatWasFound) {
   ASSERT_TRUE(tool.WaitForOutput("address 1: envir, "));
   tool.Interrupt();
   const ToolResult result = tool.Finish();
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("interrupted: "));
   EXPECT_THAT(result.err, HasSubstr(", 1 found\n"));
 }
