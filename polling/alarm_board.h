@@ -8,7 +8,7 @@
 
 namespace fieldline {
 
-// The alarm board on a line, through the library's one controller, until this goes.
+// The alarm board on a line. Uses the library's one controller, and releases it in the destructor.
 class AlarmBoard {
  public:
   AlarmBoard(const LineConfig& line, TraceOutput* trace);
@@ -16,14 +16,14 @@ class AlarmBoard {
   AlarmBoard(const AlarmBoard&) = delete;
   AlarmBoard& operator=(const AlarmBoard&) = delete;
 
-  // For observers.
+  // To insert observers.
   ISerBase& port() { return polled_.port(); }
 
-  // Opens the line if it is not open, and runs an operation, which returns 0 for success.
+  // Opens the line if it is closed, then runs `operation`, which returns 0 for success.
   PollResult Run(const std::function<int(IHubAlarm& board)>& operation);
 
  private:
-  // After a failed write the controller opens its port without a definition; this one then opens the same line again.
+  // Opens the same line whatever the definition: after a failed write the controller opens its port without one.
   class Port : public CSerBase {
    public:
     explicit Port(std::wstring definition) : CSerBase(SER_COM), definition_(std::move(definition)) {}

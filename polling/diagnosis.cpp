@@ -18,17 +18,17 @@ std::string Milliseconds(std::chrono::steady_clock::duration time) {
   return std::to_string(std::chrono::round<std::chrono::milliseconds>(time).count()) + " ms";
 }
 
-// "process 1234", or what is known when the system does not tell.
+// "process 1234", or "another program" when the process is unknown.
 std::string Holder(const LineConfig& line) {
   const int process = ProcessThatHolds(line.path.c_str());
   return process != 0 ? "process " + std::to_string(process) : "another program";
 }
 
-// A hint for replies that are damaged or cut short.
+// A hint for damaged and incomplete replies. Empty when no other process has the line open.
 std::string OtherReader(const LineConfig& line) {
   const int process = ProcessThatHolds(line.path.c_str());
   if (process == 0) return {};
-  return "; process " + std::to_string(process) + " has the line open, too, and takes some of its bytes";
+  return "; process " + std::to_string(process) + " has the line open too and takes some of its bytes";
 }
 
 // "answered 1 of 3: status yes, identification no"
@@ -76,7 +76,7 @@ Failure DiagnosePoll(const Kind& kind, int address, PolledLine& line, const Line
   const std::string& shown = line.config().shown;
   Failure failure;
   if (line.port().Purge() == 0) {
-    failure = LineFailure("line_gone", shown + ": the line vanished; was the adapter unplugged?");
+    failure = LineFailure("line_gone", shown + ": the line is gone; was the adapter unplugged?");
   } else if (last.request.empty() || kind.protocol == Protocol::kDgus) {
     failure = LineFailure("not_sent", shown + ": the request could not be sent");
   } else if (report.noise) {

@@ -14,23 +14,23 @@ namespace fieldline {
 class PolledLine;
 struct LineReport;
 
-// Why something failed, as far as it can be told from outside the library.
+// Why something failed. The library returns only 0; the reason is found from the bytes that passed.
 struct Failure {
   ExitCode exit;
   std::string_view code;  // for programs, such as "no_answer"
   std::string message;    // for people
-  Bytes request = {};     // the exchange that failed, where there was one
+  Bytes request = {};     // the exchange that failed; empty when there was none
   Bytes reply = {};
 };
 
-// After a failed Open of `port`: asks the system for the reason.
+// Call after a failed Open of `port`. Asks the system for the reason.
 Failure DiagnoseOpen(ISerBase& port, const LineConfig& line);
 
-// After a failed poll of a device on a line, which came back at `ended`.
+// Call after a failed poll of a device on a line, which ended at `ended`.
 Failure DiagnosePoll(const Kind& kind, int address, PolledLine& line, const LineReport& report,
                      std::chrono::steady_clock::time_point ended);
 
-// After a failed poll of the unit's own inputs.
+// Call after a failed poll of the unit's own inputs.
 Failure DiagnoseInputs();
 
 }  // namespace fieldline

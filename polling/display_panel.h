@@ -8,7 +8,7 @@
 
 namespace fieldline {
 
-// The serial display on a line, through the library's one object for it, until this goes.
+// The serial display on a line. Uses the library's one display object, and releases it in the destructor.
 class DisplayPanel {
  public:
   DisplayPanel(const LineConfig& line, TraceOutput* trace);
@@ -16,8 +16,8 @@ class DisplayPanel {
   DisplayPanel(const DisplayPanel&) = delete;
   DisplayPanel& operator=(const DisplayPanel&) = delete;
 
-  // Opens the line if it is not open, and runs an operation, which returns 1 for success. The display never answers:
-  // all that can fail is the sending.
+  // Opens the line if it is closed, then runs `operation`, which returns 1 for success. Only sending can fail: the
+  // display never answers.
   PollResult Run(const std::function<unsigned long(CHubMonitor& display)>& operation);
 
  private:

@@ -7,7 +7,7 @@
 
 namespace fieldline {
 
-// The kind of that name, which is polled. Throws UsageError, which names the kinds that are.
+// The polled kind of that name. Throws UsageError with the list of polled kinds when there is none.
 const Kind& RequirePolledKind(std::string_view name);
 
 // "9600,n,8,1"

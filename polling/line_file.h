@@ -10,21 +10,21 @@
 
 namespace fieldline {
 
-// A file of lines, or standard output. Any thread may append. The first piece that can't be written, to whichever of
-// them, interrupts the program as Ctrl-C does, so that every loop ends soon; the program then finds the reason below.
-// What is appended to a file after its failure is dropped.
+// A file of lines, or standard output. Thread-safe. The first failed write to any line file interrupts the program as
+// Ctrl-C does, so that every loop ends soon; OutputFailure() then gives the reason. After a failure, the file drops
+// what is appended.
 class LineFile {
  public:
   using Mode = OutputFile::Mode;
 
-  // Opens the file. The reason when that fails, which interrupts nothing.
+  // Opens the file. Returns the reason when that fails; the program is not interrupted.
   std::error_code Open(const std::string& path, Mode mode);
   void UseStandardOutput();
 
-  // One or more whole lines, which are written at once.
+  // Writes one or more whole lines at once.
   void Append(std::string_view lines);
 
-  // Appends from now on to what has the path that was opened, which is made if it was moved away.
+  // Opens the path again, for log rotation. Creates the file if it was moved.
   void Reopen();
 
  private:
@@ -37,7 +37,7 @@ class LineFile {
   bool failed_ = false;
 };
 
-// "FILE: No space left on device", once a line file failed. Not for a pipe that nobody reads any more: its reader has
+// "FILE: No space left on device" after a line file failed. Nothing for a pipe without a reader: the reader has got
 // what it wanted.
 std::optional<std::string> OutputFailure();
 

@@ -14,8 +14,8 @@ std::string Hinted(std::string_view what, const Bytes& bytes, std::string_view a
   return std::string(count) + Hex(bytes, kMost) + ' ' + std::string(what) + ": " + std::string(advice);
 }
 
-// Why a poll that the driver took for good is none: the reply belongs to another request, or its checksum, at which
-// some drivers don't look, is wrong.
+// Why a reply that the driver accepted must be refused: it belongs to another request, or its checksum is wrong, which
+// some drivers do not check.
 std::optional<Failure> FindMismatch(const WireProtocol& protocol, const std::vector<Exchange>& exchanges,
                                     bool any_address) {
   for (const Exchange& exchange : exchanges) {

@@ -16,7 +16,7 @@
 
 namespace fieldline {
 
-// A line that is polled: a port of the library, the check of its replies, and a record of what passes.
+// A line that is polled: a port of the library with a reply checker and a recorder.
 class PolledLine {
  public:
   PolledLine() = default;
@@ -28,17 +28,17 @@ class PolledLine {
   virtual ReplyChecker& checker() = 0;
   virtual Recorder& recorder() = 0;
 
-  // Opens the line; what is wrong when it can't be opened.
+  // Opens the line. Returns the reason when that fails.
   std::optional<Failure> Open(const LineConfig& line);
 
-  // The line as it was opened last, for people.
+  // The line as it was last opened.
   const LineConfig& config() const { return config_; }
 
  private:
   LineConfig config_;
 };
 
-// With the port that it is made of; closed again when this goes.
+// A polled line with its port. The destructor closes the port.
 template <class Base>
 class PolledPort final : public PolledLine {
  public:
@@ -61,7 +61,7 @@ class PolledPort final : public PolledLine {
 // A new driver of a kind that is polled.
 std::unique_ptr<CSensorBase> RequireDriver(const Kind& kind);
 
-// Something that a person should see to, though the reading is good.
+// A problem on the line that a person should look at, although the reading is good.
 struct Warning {
   std::string_view code;  // for programs, such as "stray_bytes"
   std::string message;    // for people
@@ -76,14 +76,14 @@ struct PollResult {
   Bytes record;                    // what the driver decoded; empty after a failure
 };
 
-// In place of a poll on a line that could not be opened.
+// The result of a poll on a line that could not be opened.
 PollResult FailedToOpen(const Failure& failure);
 
-// One poll, made by `get_data`, which returns 1 or 0 as drivers do. `line` is null for a kind without one.
+// Makes one poll by calling `get_data`, which returns 1 or 0 as drivers do. `line` is null for a kind without a line.
 PollResult PollOnce(const Kind& kind, int address, PolledLine* line, const PollOptions& options,
                     const std::function<int()>& get_data);
 
-// The same with a driver, and again while nothing answers, as often as the options say.
+// The same with a driver. Repeats the poll when nothing answers, up to the number of retries in the options.
 PollResult Poll(const Kind& kind, int address, CSensorBase& driver, PolledLine* line, const PollOptions& options);
 
 }  // namespace fieldline

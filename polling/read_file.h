@@ -5,7 +5,8 @@
 
 namespace fieldline {
 
-// All of a file that has at most `most` bytes; no more are read of any. Throws UsageError, which begins with `path`.
+// The whole content of a file. Throws UsageError, which begins with `path`, when the file can't be read or has more
+// than `most` bytes.
 std::string ReadFile(const std::string& path, std::size_t most);
 
 }  // namespace fieldline

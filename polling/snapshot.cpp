@@ -25,7 +25,7 @@ std::optional<std::string> ReadFile(const std::filesystem::path& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// The second camera's driver fails without a file, whatever the camera answers.
+// The second camera's driver fails when the file can't be created, even if the camera sent a picture.
 bool AnnouncesPicture(const PollResult& result) {
   return !result.exchanges.empty() && AnnouncedPicture(result.exchanges.back().reply);
 }
@@ -35,7 +35,7 @@ bool AnnouncesPicture(const PollResult& result) {
 void UseFlashRoot(const std::string& directory) {
   std::error_code error;
   std::filesystem::create_directories(std::filesystem::path(directory) / kImageDirectory, error);
-  if (error) throw UsageError("--flash-root " + directory + ": no directory can be made there: " + error.message());
+  if (error) throw UsageError("--flash-root " + directory + ": the directory can't be created: " + error.message());
   if (SetFlashRoot(directory.c_str()) == 0) throw std::bad_alloc();
 }
 
@@ -54,15 +54,15 @@ std::optional<Snapshot> FindSnapshot(const Kind& kind, const std::string& flash_
   };
   if (result->failure || !picture) {
     return fail(ExitCode::kSomeFailed, "not_stored",
-                "the picture came, but " + path.string() + " can't be made; --flash-root DIR stores it below DIR");
+                "the picture came, but " + path.string() + " can't be created; --flash-root DIR stores it below DIR");
   }
   if (picture->size() != data.length) {
     return fail(ExitCode::kSomeFailed, "not_stored",
-                path.string() + " did not take the whole picture; is the disk full?");
+                path.string() + " does not hold the whole picture; is the disk full?");
   }
   if (!picture->ends_with(kEndMark)) {
     return fail(ExitCode::kRefusedReply, "picture_cut_short",
-                "the picture breaks off after " + std::to_string(picture->size()) + " bytes, in " + path.string());
+                "the picture ends after " + std::to_string(picture->size()) + " bytes, in " + path.string());
   }
   return Snapshot{path.string(), picture->size()};
 }

@@ -7,8 +7,8 @@
 
 namespace fieldline {
 
-// Tells the library that pictures go below `directory`, and makes the web server's image directory there. Throws
-// UsageError when it can't be made.
+// Sets `directory` as the library's flash root, and creates the web server's image directory below it. Throws
+// UsageError when that fails.
 void UseFlashRoot(const std::string& directory);
 
 struct Snapshot {
@@ -16,9 +16,9 @@ struct Snapshot {
   std::size_t size;  // bytes
 };
 
-// The picture of a camera's last poll, which went below `flash_root`; empty stands for the library's own "/". A poll
-// that succeeded without a whole picture in its file becomes a failure; so does one that failed for want of the file,
-// with that reason.
+// The picture of a camera's last poll, stored below `flash_root`; empty means the library's default, "/". Turns a
+// successful poll into a failure when the file does not hold the whole picture. When a poll failed because the file
+// could not be created, sets that reason.
 std::optional<Snapshot> FindSnapshot(const Kind& kind, const std::string& flash_root, const BYTE* record,
                                      PollResult* result);
 

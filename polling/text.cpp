@@ -14,7 +14,8 @@ std::string Print(const char* format, Args... args) {
   return text;
 }
 
-// Bytes of the UTF-8 character at the front of `text`, which is not empty; 0 when it is a control character, or none.
+// Length of the first UTF-8 character of `text`, which must not be empty; 0 for a control character and for invalid
+// UTF-8.
 std::size_t PrintableLength(std::string_view text) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   if (byte(0) < 0x80) return byte(0) >= 0x20 && byte(0) != 0x7F ? 1 : 0;
@@ -23,7 +24,7 @@ std::size_t PrintableLength(std::string_view text) {
   for (std::size_t i = 1; i < length; ++i) {
     if ((byte(i) & 0xC0) != 0x80) return 0;
   }
-  // Overlong forms, surrogates and what lies beyond Unicode begin with these; C2 80 to C2 9F are control characters.
+  // Overlong forms, surrogates and codes beyond Unicode begin with these. C2 80 to C2 9F are control characters.
   const bool wrong = (byte(0) == 0xE0 && byte(1) < 0xA0) || (byte(0) == 0xED && byte(1) > 0x9F) ||
                      (byte(0) == 0xF0 && byte(1) < 0x90) || (byte(0) == 0xF4 && byte(1) > 0x8F) ||
                      (byte(0) == 0xC2 && byte(1) < 0xA0);
@@ -51,7 +52,7 @@ std::string Escape(std::string_view text, std::string_view backslash) {
   return escaped;
 }
 
-// Characters to add, leave out, change or swap with their neighbour, to make one text of the other.
+// Edit distance: characters to add, remove, change, or swap with their neighbour.
 std::size_t Slips(std::string_view a, std::string_view b) {
   std::vector<std::vector<std::size_t>> slips(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = 0; i <= a.size(); ++i) {
@@ -105,7 +106,7 @@ std::string Escaped(std::string_view text) { return Escape(text, "\\\\"); }
 std::string ForTerminal(std::string_view message) { return Escape(message, "\\"); }
 
 std::string DidYouMean(std::string_view text, std::span<const std::string> candidates) {
-  constexpr std::size_t kLongest = 40;  // of what is worth a look
+  constexpr std::size_t kLongest = 40;  // longer texts get no suggestion
   if (text.size() > kLongest) return {};
   std::size_t least = std::min<std::size_t>(3, (text.size() + 2) / 2);
   const std::string* nearest = nullptr;

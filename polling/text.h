@@ -13,23 +13,23 @@ namespace fieldline {
 
 using Bytes = std::vector<BYTE>;
 
-// "01 03 00": all bytes, or the first `most` and how many there are.
+// "01 03 00": all bytes, or the first `most` and the total number.
 std::string Hex(std::span<const BYTE> bytes, std::size_t most = SIZE_MAX);
 
-// Decimal, or hexadecimal behind "0x"; nothing when `text` is anything else, to its last character.
+// Reads a decimal number, or a hexadecimal one after "0x". Nothing unless the whole text is a number.
 std::optional<long> ParseInteger(std::string_view text);
 
 // "17.3" for 17.26 and one decimal.
 std::string Fixed(double number, int decimals);
 
-// `text` for a terminal, a log or a message, whoever wrote it: control characters and bytes that are no UTF-8 are shown
-// as \r, \n, \t or \xNN, and a backslash as two.
+// Makes untrusted text safe for a terminal, a log or a message: control characters and invalid UTF-8 are shown as \r,
+// \n, \t or \xNN, and a backslash as two.
 std::string Escaped(std::string_view text);
 
-// The same for a whole message, which may hold backslashes of its own: these stay single.
+// The same for a whole message, in which backslashes stay single: parts of it may be escaped already.
 std::string ForTerminal(std::string_view message);
 
-// "; did you mean poll?" when one of `candidates` is `text` but for a slip or two, else nothing.
+// "; did you mean poll?" when one of `candidates` differs from `text` by a typing mistake or two, else empty.
 std::string DidYouMean(std::string_view text, std::span<const std::string> candidates);
 
 // "a, b, c"

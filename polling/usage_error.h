@@ -4,7 +4,7 @@
 
 namespace fieldline {
 
-// An argument or a file that is wrong: what is wrong with it, and what to write in its place.
+// A wrong argument or file. The text says what is wrong and what to write instead.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

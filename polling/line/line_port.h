@@ -6,8 +6,8 @@
 
 namespace fieldline {
 
-// A port of the library on which each reply is checked to belong to its request. Its observers are told of requests and
-// replies, the recorder also of what is dropped.
+// A port of the library that checks whether each reply belongs to its request. Observers see requests and replies; the
+// recorder also sees the bytes that are dropped.
 template <class Base>
 class LinePort : public Base {
  public:

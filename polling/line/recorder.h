@@ -20,17 +20,17 @@ struct Exchange {
   std::chrono::steady_clock::time_point sent_at{};
 };
 
-// Keeps what passes during a poll, and shows it if asked.
+// Records the exchanges of a poll, and shows them in a trace.
 class Recorder : public ISerObserver {
  public:
-  // `trace`, which outlives this, shows what passes and what it means; null for no such thing. Where several recorders
-  // share one, `line` tells theirs apart.
+  // `trace` may be null for no trace, and must outlive the recorder. `line` is shown with each block when several
+  // recorders share one trace.
   explicit Recorder(TraceOutput* trace, std::string line = {}) : trace_(trace), line_(std::move(line)) {}
 
   void OnSerRead(const BYTE* data, int count) override;
   void OnSerWrite(const BYTE* data, int count) override;
 
-  // Bytes that came and belong to no reply: shown, not kept. `what` they are, such as "stray".
+  // Shows received bytes that belong to no reply, without recording them. `what` names them, such as "stray".
   void Dropped(std::span<const BYTE> bytes, std::string_view what);
 
   void Clear() { exchanges_.clear(); }

@@ -11,7 +11,7 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
-constexpr auto kLongestWait = 200ms;     // between two looks at whether the program is to end
+constexpr auto kLongestWait = 200ms;     // at most, between two checks for an interrupt
 constexpr auto kShortestSilence = 20ms;  // an adapter may hold bytes back for 16 ms
 constexpr auto kLongestNoise = 1s;
 
@@ -98,7 +98,7 @@ ReplyChecker::Clock::time_point ReplyChecker::DeadlineOf(int count) const {
 
 milliseconds ReplyChecker::Silence() const { return std::chrono::ceil<milliseconds>(character_ * 7 / 2); }
 
-// Takes in what comes; while part of a frame is there, not longer than the line pauses within one.
+// Receives bytes. Once part of a frame is there, waits no longer than a pause within a frame may last.
 bool ReplyChecker::Receive(Clock::time_point deadline) {
   const auto now = Clock::now();
   if (now >= deadline || gone_ || Interrupted()) return false;
@@ -131,7 +131,7 @@ void ReplyChecker::AwaitBytes(std::size_t count, Clock::time_point deadline) {
 }
 
 void ReplyChecker::AwaitFrame(Clock::time_point deadline) {
-  std::size_t searched = 0;  // bytes among which no whole frame was found
+  std::size_t searched = 0;  // bytes already searched without finding a whole frame
   for (;;) {
     const bool silent_so_far = !heard_;
     const std::size_t before = received_.size();
@@ -139,7 +139,7 @@ void ReplyChecker::AwaitFrame(Clock::time_point deadline) {
     if (silent_so_far && heard_ && manner_.quick_silence) {
       deadline = DeadlineOf(static_cast<int>(manner_.protocol->standard_length(request_)));
     }
-    // A frame that has begun is waited for; when the line pauses, it may as well begin later.
+    // Waits for the rest of a frame that has begun. After a pause, the frame may also begin at a later byte.
     const bool paused = received_.size() == before;
     if (received_.size() != searched || (paused && !received_.empty())) {
       while (TakeFrame(paused || !waiting)) {
@@ -152,8 +152,8 @@ void ReplyChecker::AwaitFrame(Clock::time_point deadline) {
   ready_ = std::exchange(received_, {});
 }
 
-// Takes the first whole frame out of what has come, and what stands before it: into ready_ when it is the reply, away
-// when it is not. False when there is none.
+// Removes the first whole frame, and the bytes before it, from received_. The frame goes to ready_ if it is the reply,
+// and is dropped if not. Returns false when there is no whole frame.
 bool ReplyChecker::TakeFrame(bool no_more) {
   const std::optional<FoundFrame> found = manner_.protocol->find_frame(request_, received_, no_more);
   if (!found) return false;

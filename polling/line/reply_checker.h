@@ -12,24 +12,23 @@
 
 namespace fieldline {
 
-// How one poll is made.
+// Options of one poll.
 struct PollManner {
   const WireProtocol* protocol;
   ReadTimeout timeout;
-  std::chrono::milliseconds pause{0};  // silence before it, from the end of the poll before
+  std::chrono::milliseconds pause{0};  // silence between the end of the last poll and this one
   bool any_address = false;            // accept a reply that carries another address
-  bool quick_silence = false;          // give up when nothing has begun within the time-out of one byte
+  bool quick_silence = false;          // give up when no byte is received within the time-out of one
 };
 
-// What the line showed during a poll, besides the replies that the driver got.
+// What was seen on the line during a poll, besides the replies that the driver got.
 struct LineReport {
-  Bytes stray;     // before a reply
-  Bytes trailing;  // after it
-  std::string
-      mismatch;   // of the last frame that was no reply to the request: "device 1 answered a request to device 2"
-  Bytes foreign;  // that frame
-  std::optional<std::chrono::milliseconds> late;  // after the request: bytes that came when the time-out was over
-  bool noise = false;                             // the line did not fall silent
+  Bytes stray;           // before a reply
+  Bytes trailing;        // after it
+  std::string mismatch;  // why the last foreign frame is not the reply: "device 1 answered a request to device 2"
+  Bytes foreign;         // that frame
+  std::optional<std::chrono::milliseconds> late;  // time from the request to a reply after the time-out
+  bool noise = false;                             // the line did not become silent
 };
 
 // Stands between a driver and the line, and sees that each reply belongs to its request.
@@ -43,23 +42,23 @@ class ReplyChecker {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // `device` and `recorder` outlive this.
+  // `device` and `recorder` must outlive the checker.
   ReplyChecker(SerialDevice& device, Recorder& recorder) : device_(device), recorder_(recorder) {}
 
-  // For the silence between frames, 3.5 characters.
+  // Duration of one character. The silence between frames is 3.5 characters.
   void SetCharacterTime(std::chrono::microseconds character) { character_ = character; }
   std::chrono::microseconds CharacterTime() const { return character_; }
 
-  // Waits for the pause to end. Then the driver is called, and End() after it.
+  // Waits until the pause is over. Call it before the driver, and End() after.
   void Begin(const PollManner& manner);
   LineReport End(bool good);
 
-  // As ISerBase has them, on an open line.
+  // As in ISerBase, on an open line.
   int Read(BYTE* data, int count);
   int Write(const BYTE* data, int count);
 
  private:
-  // Whether more bytes may come before the deadline.
+  // Returns whether more bytes may be received before the deadline.
   bool Receive(Clock::time_point deadline);
   void AwaitBytes(std::size_t count, Clock::time_point deadline);
   void AwaitFrame(Clock::time_point deadline);
@@ -68,7 +67,7 @@ class ReplyChecker {
   void Drop(std::size_t count, Bytes& kept, std::string_view what);
   Clock::time_point DeadlineOf(int count) const;
   std::chrono::milliseconds Silence() const;
-  // Reads until the line is silent. The bytes that came first, and whether it fell silent.
+  // Reads until the line is silent. `first` gets the first bytes; returns whether the line became silent.
   bool DiscardUntilSilent(std::chrono::milliseconds silence, Bytes& first, Clock::time_point& first_at);
 
   SerialDevice& device_;
@@ -79,9 +78,9 @@ class ReplyChecker {
   Bytes request_;
   Clock::time_point sent_at_;
   Clock::time_point ended_;  // of the last poll
-  bool heard_ = false;       // anything since the request
+  bool heard_ = false;       // any byte received since the request
   bool gone_ = false;
-  Bytes received_;  // and not yet told to be a reply, or none
+  Bytes received_;  // not yet recognised as a reply or as something else
   Bytes ready_;     // for the driver
 };
 

@@ -29,7 +29,7 @@ void TraceOutput::Show(std::string_view mark, std::span<const BYTE> bytes, std::
   if (kind_ == Kind::kFile) {
     file_.Append(text);
   } else {
-    std::cerr << text;  // one write, which other threads' don't split
+    std::cerr << text;  // one write, so that other threads do not split it
   }
 }
 

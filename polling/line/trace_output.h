@@ -9,16 +9,17 @@
 
 namespace fieldline {
 
-// Where blocks of bytes are shown as they pass. Any thread may show one.
+// Shows blocks of bytes as they pass on a line. Thread-safe.
 class TraceOutput {
  public:
-  // "-" for standard error, a path for a file, which is made anew, or nothing. Throws UsageError when the file can't be
-  // opened.
+  // `trace` is "-" for standard error, the path of a file, which is overwritten, or empty for no trace. Throws
+  // UsageError when the file can't be opened.
   explicit TraceOutput(const std::string& trace);
 
   bool IsWanted() const { return kind_ != Kind::kNone; }
 
-  // The time, `mark`, the bytes, and what they mean below them. A file has all bytes, standard error no whole pictures.
+  // Shows time, `mark` and bytes, and below them the meaning. Long blocks, such as pictures, are shortened on standard
+  // error and complete in a file.
   void Show(std::string_view mark, std::span<const BYTE> bytes, std::string_view meaning);
 
  private:

@@ -15,7 +15,7 @@ constexpr std::size_t kHeadLength = 3;
 constexpr std::size_t kCommandPosition = 3;
 constexpr std::size_t kPayloadPosition = 4;
 constexpr std::size_t kOverhead = 6;           // all but the payload
-constexpr std::size_t kMostReplyPayload = 29;  // that the library takes
+constexpr std::size_t kMostReplyPayload = 29;  // that the library accepts
 
 constexpr BYTE kBeginMms = 0x12;
 constexpr BYTE kMmsData = 0x13;
@@ -43,10 +43,10 @@ constexpr CodeName kCommands[] = {
     {0x33,        "read inputs"    },
 };
 
-// The length of the payload that the head announces. Three bytes must have come.
+// Payload length from the head, of which three bytes must be there.
 std::size_t PayloadLength(ByteSpan frame) { return GetWordBE(&frame[1]); }
 
-// Of command and payload.
+// Checksum over command and payload.
 BYTE ChecksumOf(ByteSpan frame, std::size_t payload) {
   return alm_xor_sum(&frame[kCommandPosition], static_cast<std::int16_t>(payload + 1));
 }

@@ -5,7 +5,7 @@
 
 namespace fieldline {
 
-// The alarm board; one form in both directions:
+// The alarm board. Requests and replies have the same form:
 //
 //   AA     00 02   32       01 01    32        55
 //   start  length  command  payload  checksum  end
@@ -16,7 +16,7 @@ constexpr std::size_t kMostAlarmPayload = 506;  // bytes
 // The frame of a command and its payload, which is at most kMostAlarmPayload bytes.
 Bytes MakeAlarmFrame(BYTE command, ByteSpan payload);
 
-// Bytes of an MMS that a request carries; 0 when it carries none.
+// Number of MMS bytes in a request, 0 when it carries none.
 std::size_t MmsBytesIn(ByteSpan request);
 
 }  // namespace fieldline

@@ -23,7 +23,7 @@ constexpr CodeName kCommands[] = {
 };
 
 constexpr CodeName kReturns[] = {
-    {0, "carried out"           },
+    {0, "executed"              },
     {1, "wrong protocol version"},
     {2, "wrong frame checksum"  },
     {3, "wrong length checksum" },
@@ -34,7 +34,7 @@ constexpr CodeName kReturns[] = {
 
 BYTE ByteAt(ByteSpan frame, std::size_t position) { return GetHexByte(&frame[position]); }
 
-// The checksum that belongs to a frame of that length.
+// The correct checksum of a frame of that length.
 WORD ChecksumOf(ByteSpan frame) {
   return GetFrameChecksum(&frame[1], static_cast<int>(frame.size()) - kTrailLength - 1);
 }
@@ -87,7 +87,7 @@ bool HasChecksum(ByteSpan frame) {
   return frame.size() >= kShortest && GetHexWord(ChecksumIn(frame).data()) == ChecksumOf(frame);
 }
 
-// The length of the frame that begins here, 0 when none does. 13 characters must be there.
+// Length of the frame that begins here, 0 when none does. 13 characters must be there.
 std::size_t LengthOfFrameAt(ByteSpan bytes) {
   const WORD length = GetHexWord(&bytes[kLengthPosition]);
   const WORD lenid = length & 0xFFF;
@@ -111,7 +111,7 @@ std::optional<FoundFrame> FindFrame(ByteSpan request, ByteSpan received, bool no
   return std::nullopt;
 }
 
-// The card terminal has a line to itself, and its address means nothing.
+// Not compared for the card terminal: it is alone on its line, and its address has no meaning.
 std::string Mismatch(ByteSpan request, ByteSpan reply, bool any_address) {
   if (request[0] != kSoi || reply.size() < kRtnPosition) return {};
   const BYTE asked = ByteAt(request, kAdrPosition);

@@ -39,7 +39,7 @@ constexpr CodeName kExceptions[] = {
 
 bool IsRead(BYTE function) { return function >= kReadCoils && function <= kReadInputRegisters; }
 
-// The length that a reply's byte count announces. Three bytes must have come.
+// Reply length according to its byte count. Three bytes must be there.
 std::size_t AnnouncedLength(ByteSpan reply) { return std::size_t{reply[2]} + kModbusHeadLength + kModbusCrcLength; }
 
 bool IsRequest(ByteSpan request) { return request.size() == kModbusRequestLength && IsRead(request[1]); }
@@ -91,7 +91,7 @@ std::string DescribeModbusReply(ByteSpan request, ByteSpan reply) {
   return text;
 }
 
-// The CRC of all but the last two bytes, as it goes on the wire after them.
+// The correct CRC over all but the last two bytes, in the order of the wire.
 std::string CrcThatBelongs(ByteSpan frame) {
   const WORD crc = CRC16(frame.data(), static_cast<BYTE>((frame.size() - kModbusCrcLength) & 0xFF));
   return HexOf(static_cast<BYTE>(crc & 0xFF)) + ' ' + HexOf(static_cast<BYTE>(crc >> 8));
@@ -107,7 +107,7 @@ ReplyFault FindFault(ByteSpan request, ByteSpan reply) {
     return {"modbus_exception", "the device refuses the request with exception " + ExceptionText(reply[2])};
   }
 
-  // Some devices answer in fewer bytes than the standard; then their own byte count tells.
+  // Some devices answer with fewer bytes than the standard requires. Then their byte count gives the length.
   std::size_t expected = StandardLength(request);
   if (reply.size() >= kModbusHeadLength && reply[1] == function) {
     const std::size_t announced = AnnouncedLength(reply);
@@ -118,7 +118,7 @@ ReplyFault FindFault(ByteSpan request, ByteSpan reply) {
   return WrongChecksum(Hex(reply.last(kModbusCrcLength)), CrcThatBelongs(reply));
 }
 
-// The length of the reply that begins here, 0 when none does. Three bytes must be there.
+// Length of the reply that begins here, 0 when none does. Three bytes must be there.
 std::size_t LengthOfReplyAt(ByteSpan bytes) {
   if (!IsRead(static_cast<BYTE>(bytes[1] & ~kException))) return 0;
   return (bytes[1] & kException) != 0 ? kExceptionLength : AnnouncedLength(bytes);
@@ -146,7 +146,7 @@ std::string Mismatch(ByteSpan request, ByteSpan reply, bool any_address) {
   return "device " + std::to_string(reply[0]) + " answered " + Function(function) + ", not " + Function(request[1]);
 }
 
-// Right after the data that its byte count announces, or at its end.
+// Whether the CRC is correct, either right after the data announced by the byte count or at the end.
 bool IsSound(ByteSpan reply) {
   if (HasModbusCrc(reply).value_or(false)) return true;
   if (reply.size() < kModbusHeadLength) return false;

@@ -10,7 +10,7 @@ namespace fieldline {
 //   device  function  register  count  CRC          device  function  byte count  data         CRC
 extern const WireProtocol kModbusRtu;
 
-// Whether the frame ends with its CRC. Nothing when it is too short for one, or longer than a CRC covers.
+// Whether the frame ends with its correct CRC. Nothing when it is shorter or longer than a frame can be.
 std::optional<bool> HasModbusCrc(ByteSpan frame);
 
 }  // namespace fieldline

@@ -14,8 +14,8 @@
 namespace fieldline {
 namespace {
 
-// Null when the request shows no protocol. A right checksum decides before a start mark, which may be a device's
-// address; what only has the shape of a Modbus request is one when it is nothing else.
+// The protocol of a request, null when it is unknown. A correct checksum is tested before start marks, because a start
+// mark may be a Modbus address. A request that only has the shape of a Modbus request is taken as one last.
 const WireProtocol* Recognise(ByteSpan request) {
   if (HasModbusCrc(request).value_or(false)) return &kModbusRtu;
   for (const WireProtocol* const protocol :
@@ -60,10 +60,10 @@ std::string DescribeReply(ByteSpan request, ByteSpan reply) {
 
 ReplyFault FindReplyFault(const WireProtocol& protocol, ByteSpan request, ByteSpan reply) {
   const bool is_echo = reply.size() >= request.size() && std::equal(request.begin(), request.end(), reply.begin());
-  // A UPS returns a command that it does not know; it has answered "Q1" by then.
+  // A UPS sends back a command that it does not know. "Q1" is known to all: coming back, it is an echo.
   const bool unknown_to_ups = &protocol == &kQ1 && request.size() < kQ1StatusLength;
   if (is_echo && unknown_to_ups) {
-    return {"device_refused", "the UPS does not know the command: it returns it"};
+    return {"device_refused", "the UPS does not know the command and sent it back"};
   }
   if (is_echo) {
     return {"echo",

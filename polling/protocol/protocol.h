@@ -23,52 +23,52 @@ struct FoundFrame {
   std::size_t length;
 };
 
-// What can be told of a wire protocol from its bytes. Each protocol has one, in a pair of files of its own.
+// How the bytes of a wire protocol are read. Each protocol has one, in its own pair of files.
 struct WireProtocol {
   // Whether bytes that were sent are a request of this protocol.
   bool (*is_request)(ByteSpan request);
 
-  // What the bytes mean, in words. Empty when they say nothing; of a reply also while it is incomplete.
+  // The meaning of the bytes in words. Empty when it is unknown, and while a reply is incomplete.
   std::string (*describe_request)(ByteSpan request);
   std::string (*describe_reply)(ByteSpan request, ByteSpan reply);
 
   // Why a driver refused the reply. Request and reply have at least one byte each.
   ReplyFault (*find_fault)(ByteSpan request, ByteSpan reply);
 
-  // The first whole frame with a right checksum, whoever sent it. Nothing while there is none: a frame that has begun
-  // at the front may still be coming, unless `no_more` says that the line pauses. Null for a protocol whose replies
-  // can't be told from noise before a driver has judged them.
+  // The first whole frame with a correct checksum, from any device. Nothing when there is none. `no_more` says that the
+  // line pauses; without it, a frame that begins at the first byte may still be incomplete, and later bytes are not
+  // searched. Null for a protocol whose replies only the driver can tell from noise.
   std::optional<FoundFrame> (*find_frame)(ByteSpan request, ByteSpan received, bool no_more);
 
-  // Why a frame is not the reply to the request, such as "device 1 answered a request to device 2"; empty when it is.
-  // With `any_address` the address is not compared.
+  // Why a frame is not the reply to the request, such as "device 1 answered a request to device 2"; empty when it is
+  // the reply. With `any_address` the address is not compared.
   std::string (*mismatch)(ByteSpan request, ByteSpan reply, bool any_address);
 
-  // Whether the checksum of a reply that a driver accepted is right. Some drivers don't look.
+  // Whether the checksum of an accepted reply is correct. Some drivers do not check it.
   bool (*is_sound)(ByteSpan reply);
 
-  // What a request asks for, in a word or two: "status".
+  // What a request asks for, in one or two words: "status".
   std::string (*step_name)(ByteSpan request);
 
-  // The address that a reply carries. Nothing where the protocol has none, or before it has come.
+  // The address in a reply. Nothing when the protocol has none, or the reply is too short.
   std::optional<int> (*reply_address)(ByteSpan reply);
 
-  // Whether a reply counts only when nothing else came with it, since nothing in it tells where it begins.
+  // Whether a reply only counts when no other bytes come with it, because nothing in it shows where it begins.
   bool needs_clean_line;
 
-  // How many bytes a device that keeps to the standard answers with. 0 where there is no such standard.
+  // Length of the reply according to the protocol's standard; 0 when there is no standard.
   std::size_t (*standard_length)(ByteSpan request);
 };
 
-// The protocol that a device of this kind speaks at this address. The kind has a line.
+// The protocol of a device of this kind at this address. The kind must have a line.
 const WireProtocol& ProtocolOf(const Kind& kind, int address);
 
-// "device 1: function 3 (read holding registers) from 0, count 2, CRC good", for whatever protocol the request shows
-// itself to be of; empty when it shows none.
+// "device 1: function 3 (read holding registers) from 0, count 2, CRC good". The protocol is recognised from the
+// request; empty when it is unknown.
 std::string DescribeRequest(ByteSpan request);
 std::string DescribeReply(ByteSpan request, ByteSpan reply);
 
-// Why a driver refused the reply; an echo of the request is told from other replies.
+// Why a driver refused the reply. Also recognises an echo of the request.
 ReplyFault FindReplyFault(const WireProtocol& protocol, ByteSpan request, ByteSpan reply);
 
 }  // namespace fieldline

@@ -37,8 +37,8 @@ std::string DescribeQ1Reply(ByteSpan, ByteSpan reply) {
   return reply.back() == kEnd ? Quoted(reply.first(reply.size() - 1)) : std::string();
 }
 
-// From the mark that the command asks for to the carriage return. A line without the mark is a reply, too, for the
-// driver to judge.
+// A reply runs from its start mark to the carriage return. A line without the mark is also returned: the driver
+// decides.
 std::optional<FoundFrame> FindFrame(ByteSpan request, ByteSpan received, bool no_more) {
   const BYTE mark = Equals(request, kCommands[0].line) ? '(' : '#';
   const auto begin = std::ranges::find(received, mark);

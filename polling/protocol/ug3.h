@@ -10,10 +10,10 @@ namespace fieldline {
 //   request       acknowledgement  mark  low, high   spare  picture
 extern const WireProtocol kUg3;
 
-// The size of the picture that a reply announces; nothing when it doesn't, or has not come so far.
+// The picture size that a reply announces. Nothing when there is none, or not yet.
 std::optional<std::size_t> AnnouncedPicture(ByteSpan reply);
 
-// Bytes of a reply that come before the picture.
+// Number of bytes before the picture.
 constexpr std::size_t kUg3HeadLength = 8;
 
 }  // namespace fieldline

@@ -10,7 +10,7 @@ namespace fieldline {
 //   mark  camera  command  arguments      mark  camera  command  status  length  data
 extern const WireProtocol kVc0706;
 
-// The size of the picture that a request asks for; nothing when it asks for none.
+// The size of the picture that a request asks for. Nothing for other requests.
 std::optional<std::size_t> PictureAskedFor(ByteSpan request);
 
 }  // namespace fieldline

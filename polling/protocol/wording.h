@@ -5,7 +5,7 @@
 
 #include "polling/protocol/protocol.h"
 
-// What the descriptions of all protocols have in common.
+// Phrases that the descriptions of several protocols share.
 namespace fieldline {
 
 struct CodeName {
@@ -38,7 +38,7 @@ ReplyFault Refused(ByteSpan reply);
 // "device 1 answered a request to device 2"
 std::string OtherDevice(int answered, int asked);
 
-// For protocols without addresses, without a checksum, and without a standard length.
+// For protocols without addresses, without a checksum and without a standard length.
 std::string NoMismatch(ByteSpan request, ByteSpan reply, bool any_address);
 bool AlwaysSound(ByteSpan reply);
 std::optional<int> NoAddress(ByteSpan reply);

@@ -16,7 +16,7 @@ constexpr RecordField One(std::string_view name, std::size_t position, FieldType
   return {name, position, type, 1, 0, factor};
 }
 
-// <name>_<first> and so on.
+// Several numbers, called <name>_<first> and so on.
 constexpr RecordField Run(std::string_view name, std::size_t position, FieldType type, int count, int first,
                           double factor = 1) {
   return {name, position, type, count, first, factor};
@@ -37,7 +37,7 @@ constexpr RecordField kEnvirFields[] = {
     One("register_0", offsetof(ENVIR_DATA, register_0), kU32),
 };
 
-// Both power meters. The quantities are the device's; q1 to q3 hold ten times its registers.
+// Both power meters. The device defines the quantities; q1 to q3 hold ten times its registers.
 constexpr RecordField kElecFields[] = {
     One("counter", offsetof(ELEC_DATA, counter), kU32),     One("q1_total", offsetof(ELEC_DATA, q1_total), kU32),
     One("q1_phase1", offsetof(ELEC_DATA, q1_phase1), kU32), One("q1_phase2", offsetof(ELEC_DATA, q1_phase2), kU32),
@@ -171,7 +171,7 @@ constexpr RecordField kPowerFields[] = {
     Run("state", offsetof(POWER_UNIT_DATA, states), kU8, 11, 1),
 };
 
-// The record without the count in front of it.
+// The record does not include the count before it.
 constexpr RecordField kCardFields[] = {
     Run("byte", 0, kU8, 14, 1),
 };
@@ -187,7 +187,7 @@ struct Row {
   std::size_t size;  // of the record
 };
 
-// What is not Measured is what the device sends, or a multiple of it without a unit.
+// A field that is not Measured holds the device's number, or a multiple of it, without a unit.
 constexpr Row kRows[] = {
     {SERDAT_ENVIR,      kEnvirFields,    sizeof(ENVIR_DATA)            },
     {SERDAT_ELEC,       kElecFields,     sizeof(ELEC_DATA)             },

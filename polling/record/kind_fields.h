@@ -5,7 +5,7 @@
 
 namespace fieldline {
 
-// The fields of a kind's record; none for a kind that is not polled.
+// The fields of a kind's record. Empty for a kind that is not polled.
 Fields FieldsOf(const Kind& kind);
 
 }  // namespace fieldline

@@ -12,25 +12,25 @@
 
 namespace fieldline {
 
-// "schema" of every JSON object that our programs print.
+// Value of "schema" in every JSON object that the programs print.
 constexpr int kJsonSchema = 1;
 
-// How the JSON of a poll begins: null stands for the address of a kind that has none, and for the port of one without a
-// line. A device of a site has names in place of a port.
+// The first members of a poll's JSON. The address is null for a kind without addresses, the port for a kind without a
+// line. A device of a site has its names in place of a port.
 nlohmann::ordered_json PollHead(const Kind& kind, int address, const std::string& port, const PollResult& result);
 nlohmann::ordered_json PollHead(const Kind& kind, int address, std::string_view line, std::string_view device,
                                 const PollResult& result);
 
-// The JSON of an operation of the alarm board or the display.
+// The same for an operation of the alarm board or the display.
 nlohmann::ordered_json OperationHead(std::string_view kind, std::string_view operation, const LineConfig& line,
                                      const PollResult& result);
 
-// Null stands for a request or a reply that there was not.
+// Request and reply are null when there was none.
 nlohmann::ordered_json FailureToJson(const Failure& failure);
 
 nlohmann::ordered_json WarningToJson(const Warning& warning);
 
-// Adds what came of a poll: how long it took, and its error or the record.
+// Adds the result of a poll: its duration, and its record or error.
 void AddOutcome(nlohmann::ordered_json& json, const PollResult& result, Fields fields);
 
 // Adds the picture that a poll stored.

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMostTextUnits = 64;
 
-// Fields lie at odd positions, too.
+// Fields may lie at odd positions.
 template <typename T>
 T Load(const BYTE* bytes) {
   T value;
@@ -28,7 +28,7 @@ int DecimalsOf(double step) {
   return decimals;
 }
 
-// As many as tell neighbouring values apart: one for a factor of 10 and for one of 3.
+// As many as two neighbouring values need to look different: one for a factor of 10 and for one of 3.
 int Decimals(const RecordField& field) {
   int decimals = 0;
   for (double step = 1 / field.factor; step < 0.9999 && decimals < 6; step *= 10) ++decimals;

@@ -13,24 +13,24 @@ namespace fieldline {
 
 enum class FieldType { kU8, kU16, kI16, kU32, kI32, kAscii, kUtf16 };
 
-// One entry of a driver's record: a number, a text, or a run of numbers, which are called <name>_<first> and so on.
+// A field of a driver's record: a number, a text, or a run of numbers called <name>_<first> and so on.
 struct RecordField {
   std::string_view name;
   std::size_t position;  // within the record, bytes
   FieldType type;
-  int count = 1;                    // numbers in the run; of a text, the units it has room for
+  int count = 1;                    // numbers in the run; for a text, its capacity in units
   int first = 1;                    // of a run
-  double factor = 1;                // how many times its physical value the record holds
-  std::string_view unit = {};       // of the physical value; empty where the library knows none
+  double factor = 1;                // the record holds this many times the physical value
+  std::string_view unit = {};       // of the physical value; empty when unknown
   double offset = 0;                // added after the division by the factor
-  int signed_bits = 0;              // 8, 16 or 32 when the device means a number with a sign; 0: as its type says
+  int signed_bits = 0;              // 8, 16 or 32 when the device sends a signed number; 0: as the type says
   std::optional<double> minimum{};  // of a plausible physical value
   std::optional<double> maximum{};
 };
 
 using Fields = std::span<const RecordField>;
 
-// Bytes of one number, or of one unit of a text.
+// Size in bytes of one number, or of one unit of a text.
 constexpr std::size_t FieldWidth(FieldType type) {
   switch (type) {
     case FieldType::kU8:
@@ -50,7 +50,7 @@ std::string_view FieldTypeName(FieldType type);
 
 bool IsText(const RecordField& field);
 
-// The name of the number at `index` of a run, or of a field that is alone.
+// The name of a field, or of the number at `index` of a run.
 std::string FieldName(const RecordField& field, int index);
 
 // First position after the fields.
@@ -62,10 +62,10 @@ constexpr std::size_t FieldsEnd(Fields fields) {
   return end;
 }
 
-// A number of the record as it stands there, of a run the one at `index`.
+// A number as the record holds it; for a run, the one at `index`.
 long long RawNumber(const RecordField& field, const BYTE* record, int index = 0);
 
-// A text of the record, in UTF-8.
+// A text of the record in UTF-8.
 std::string RecordText(const RecordField& field, const BYTE* record);
 
 // Whether the number has a scale, a unit or a range.
@@ -74,14 +74,15 @@ bool IsPhysical(const RecordField& field);
 // Whether a physical value lies in the field's range.
 bool IsPlausible(const RecordField& field, double physical);
 
-// A raw number in the field's unit; and as text with its unit, empty for a field that is not physical.
+// A raw number in the field's unit, as number and as text with the unit. The text is empty for a field that is not
+// physical.
 double Physical(const RecordField& field, long long raw);
 std::string PhysicalText(const RecordField& field, long long raw);
 
-// The same without a unit; a field that is not physical as the record holds it.
+// The same text without the unit. The raw number for a field that is not physical.
 std::string NumberText(const RecordField& field, long long raw);
 
-// The number of a field that is no run, in its unit; and as text, with its unit after it.
+// The number of a field that is not a run, in its unit, as number and as text with the unit.
 double PhysicalNumber(const RecordField& field, const BYTE* record);
 std::string PhysicalNumberText(const RecordField& field, const BYTE* record);
 

@@ -6,10 +6,10 @@
 
 namespace fieldline {
 
-// The record's own numbers and texts under their names.
+// The record's raw numbers and texts by name.
 nlohmann::ordered_json RecordToJson(Fields fields, const BYTE* record);
 
-// {"value": 220.5, "unit": "V"} for each number that has a scale or a unit; empty when none has.
+// {"value": 220.5, "unit": "V"} for each number with a scale or a unit. Empty when there is none.
 nlohmann::ordered_json PhysicalToJson(Fields fields, const BYTE* record);
 
 }  // namespace fieldline

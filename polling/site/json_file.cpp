@@ -21,8 +21,8 @@ std::string Start(const std::string& text) {
   return text.size() <= kMost ? text : text.substr(0, kMost) + "...";
 }
 
-// Looks for what the parser would take, or not explain: a key twice in an object, of which it keeps the last without a
-// word, nesting that exhausts the stack of whoever walks it, and numbers beyond its own.
+// Refuses what the parser accepts or explains badly: duplicate keys, of which it silently keeps the last, nesting so
+// deep that walking it exhausts the stack, and numbers out of range.
 class Checker final : public nlohmann::json_sax<ordered_json> {
  public:
   Checker(const std::string& file, std::string_view text) : file_(file), text_(text) {}
@@ -59,7 +59,7 @@ class Checker final : public nlohmann::json_sax<ordered_json> {
 
  private:
   struct Level {
-    std::set<std::string> keys;  // none of an array
+    std::set<std::string> keys;  // empty for an array
     std::string last;
   };
 
@@ -75,7 +75,7 @@ class Checker final : public nlohmann::json_sax<ordered_json> {
     return true;
   }
 
-  // The keys that lead to the innermost object.
+  // The keys from the root to the innermost object.
   std::string Place() const {
     std::string place;
     for (const Level& level : levels_) {
@@ -155,7 +155,7 @@ double JsonNode::Number(double low, double high) const {
 }
 
 long JsonNode::Integer(long low, long high) const {
-  // Text, since the library's own conversion wraps what is too large.
+  // Converted from text, because the JSON library's own conversion wraps numbers that are too large.
   const std::optional<long> number = value_->is_number_integer() ? ParseInteger(value_->dump()) : std::nullopt;
   if (!number || *number < low || *number > high) {
     RefuseAsNot("a whole number from " + std::to_string(low) + " to " + std::to_string(high));

@@ -11,8 +11,8 @@
 
 namespace fieldline {
 
-// A value of a JSON file. What is not as it is asked for is refused with a UsageError that names the file, the value's
-// place in it, such as /events/2/at, and what is needed there. Valid while the file lives.
+// A value of a JSON file, which must outlive it. A value of the wrong type or range is refused with a UsageError, which
+// names the file, the position, such as /events/2/at, and what is needed there.
 class JsonNode {
  public:
   JsonNode(const nlohmann::ordered_json& value, const std::string& file, std::string place)
@@ -21,7 +21,7 @@ class JsonNode {
   [[noreturn]] void Refuse(const std::string& reason) const;
   [[noreturn]] void RefuseAsNot(const std::string& what_is_needed) const;
 
-  // An object that has no other keys than these.
+  // Refuses anything but an object with no other keys than these.
   void RequireObject(std::initializer_list<std::string_view> keys) const;
 
   // Members of an object.
@@ -48,8 +48,8 @@ class JsonNode {
 
 class JsonFile {
  public:
-  // Throws UsageError when the file can't be read, has more than 1 MiB, is no JSON (with line and column), has a number
-  // out of range, a key twice in an object, or more than 64 levels.
+  // Throws UsageError when the file can't be read, has more than 1 MiB or is not JSON (with line and column), and for a
+  // number out of range, a duplicate key and more than 64 levels.
   explicit JsonFile(std::string path);
 
   JsonNode Root() const { return {document_, path_, ""}; }

@@ -47,7 +47,8 @@ std::string ToText(const LineSettings& settings) {
          std::to_string(settings.data_bits) + ',' + kStopBits[static_cast<int>(settings.stop_bits)];
 }
 
-// The library takes a default for what it can't read; a person is told. What it read is written back and compared.
+// Refuses settings that the library would silently replace with a default. Compares what the library read with what was
+// given.
 void CheckSettings(const std::string& settings) {
   const auto refuse = [&](const std::string& why) {
     throw UsageError("line settings \"" + settings + "\": " + why + "; " + std::string(kSettingsForm));
@@ -70,8 +71,8 @@ struct PortText {
   std::string settings;  // empty when none are given
 };
 
-// "COM1:9600,n,8,1": the first colon ends the device's name. A path may hold colons itself, as those below
-// /dev/serial/by-path do: the last one ends it, if what follows looks like settings.
+// "COM1:9600,n,8,1": the first colon ends a device name. A path may contain colons, as those in /dev/serial/by-path do:
+// the last colon ends it, if the text after it looks like settings.
 PortText SplitPort(const std::string& port) {
   const bool is_path = port.find('/') != std::string::npos;
   const std::size_t colon = is_path ? port.rfind(':') : port.find(':');
@@ -154,7 +155,8 @@ LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_se
     device = kPathDevice;
     MapDevice(Widen(device).c_str(), port.device.c_str());
   } else if (DevicePath(Widen(device).c_str()).empty()) {
-    throw UsageError("\"" + port.device + "\" is no device name: write COM1, ESL1, a path such as /dev/ttyUSB0, or a " +
+    throw UsageError("\"" + port.device +
+                     "\" is not a device name: write COM1, ESL1, a path such as /dev/ttyUSB0, or a " +
                      "name of your own with --map " + (port.device.empty() ? "NAME" : port.device) + "=PATH");
   }
 

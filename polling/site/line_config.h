@@ -10,7 +10,7 @@
 
 namespace fieldline {
 
-// The options that say which line to use, as they were given.
+// The options that select a line, as they were given.
 struct LineArguments {
   std::string port;
   std::vector<std::string> maps;
@@ -22,12 +22,12 @@ struct ReadTimeout {
   int constant;  // ms
 };
 
-// A line as the library's port is to open it, and how its devices are polled where nothing else is said.
+// How a line is opened, and the default options for polls of its devices.
 struct LineConfig {
-  std::string shown;        // for people: the device as it was given, with its settings
-  std::string path;         // what is opened
-  std::wstring device;      // its name, with the final colon
-  std::wstring definition;  // of the port
+  std::string shown;        // for people: the device as given, with its settings
+  std::string path;         // path that is opened
+  std::wstring device;      // device name with the final colon
+  std::wstring definition;  // port definition
   LineSettings settings;
   std::optional<ReadTimeout> timeout;
   std::optional<std::chrono::milliseconds> pause;
@@ -35,35 +35,35 @@ struct LineConfig {
   bool any_address = false;
 };
 
-// How polls are made, with nothing left open.
+// Options of polls, all resolved.
 struct PollOptions {
   ReadTimeout timeout;
   std::chrono::milliseconds pause{0};  // from the end of a poll to the next request
-  int retries = 0;                     // of a poll that nothing answers
+  int retries = 0;                     // repetitions of a poll that nothing answers
   bool any_address = false;            // a reply may carry another address than its request
   bool quick_silence = false;          // see PollManner
 };
 
 constexpr int kMostRetries = 5;
 
-// Of a line: time-outs that fit its speed (per byte 1.5 characters, and 100 ms) and a pause of 3.5 characters, at least
-// 5 ms, where it says nothing else.
+// The options of a line. Defaults: time-outs that fit the speed (1.5 characters per byte, and 100 ms), and a pause of
+// 3.5 characters, at least 5 ms.
 PollOptions OptionsOf(const LineConfig& line);
 
-// A character with its start, parity and stop bits.
+// Duration of one character with its start, parity and stop bits.
 std::chrono::microseconds CharacterTime(const LineSettings& settings);
 
-// "6,100"; throws UsageError.
+// Reads "6,100". Throws UsageError.
 ReadTimeout ParseTimeout(const std::string& text);
 
-// Tells the library of each --map. Throws UsageError.
+// Maps the device name of each --map in the library. Throws UsageError.
 void ApplyMaps(const LineArguments& arguments);
 
-// Whether --port has settings behind the device.
+// Whether --port has settings after the device.
 bool NamesSettings(const LineArguments& arguments);
 
-// Reads the options; a path is mapped to a device name of its own, since a port's definition has no room for a long
-// one. A port without settings gets `usual_settings`. Throws UsageError.
+// Reads the options. A path is mapped to a device name, because a port definition has no room for a long path. A port
+// without settings gets `usual_settings`. Throws UsageError.
 LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_settings);
 
 }  // namespace fieldline

@@ -13,11 +13,11 @@
 namespace fieldline {
 namespace {
 
-constexpr std::string_view kInputs = "EIO1";  // what the driver of the unit's own inputs opens
+constexpr std::string_view kInputs = "EIO1";  // device of the unit's own inputs
 constexpr std::chrono::milliseconds kUsualInterval(1000);
 constexpr long kMostPause = 60'000;  // ms
 
-// A line's name becomes part of its port's definition, which has little room.
+// Names are short because a line's name is part of its port definition, which has little room.
 bool IsLineName(std::string_view name) {
   constexpr std::size_t kMost = 20;
   constexpr std::string_view kAllowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.";
@@ -77,7 +77,7 @@ class Reader {
     }
   }
 
-  // Those of a line, or of a device that differs from it.
+  // The options of a line, or those of a device that replace them.
   static void ReadOptions(const JsonNode& node, PollOptions& options) {
     if (const auto timeout = node.Find("timeout")) {
       try {
@@ -97,7 +97,7 @@ class Reader {
     const JsonNode path = node.Get("path");
     if (path.Text().empty()) path.Refuse("the path of the device is needed, such as /dev/ttyUSB0");
     const auto [first, is_new] = lines_by_path_.try_emplace(path.Text(), line);
-    if (!is_new) path.Refuse("this is the path of " + first->second + " already");
+    if (!is_new) path.Refuse("duplicate path: " + first->second + " has the same");
     return path.Text();
   }
 
@@ -105,7 +105,7 @@ class Reader {
     node.RequireObject({"kind", "address", "interval", "show", "scale", "timeout", "pause", "retries", "any_address"});
     if (name.empty()) node.Refuse("a device needs a name");
     const auto [first, is_new] = lines_by_device_.try_emplace(name, line.name);
-    if (!is_new) node.Refuse("there is a device of this name on " + first->second + " already");
+    if (!is_new) node.Refuse("duplicate name: a device on " + first->second + " has the same");
 
     const Kind& kind = ReadKind(node.Get("kind"));
     if (line.local != (kind.protocol == Protocol::kInputs)) {
@@ -123,7 +123,7 @@ class Reader {
     }
     for (const SiteDevice& other : line.devices) {
       if (other.kind != &kind || other.address != device.address) continue;
-      node.Refuse("this is " + other.name + " already: the same kind at the same address of the line");
+      node.Refuse("duplicate of " + other.name + ": the same kind at the same address of the line");
     }
     if (const auto interval = node.Find("interval")) device.interval = interval->Duration();
     if (const auto show = node.Find("show")) device.shown = FindNumber(show->Text(), device, *show);
@@ -143,7 +143,7 @@ class Reader {
     }
   }
 
-  // Each number of a run as a field of its own, so that it can have a scale of its own.
+  // Splits runs into single fields, so that each number can have its own scale.
   std::vector<RecordField> TakenApart(Fields fields) {
     std::vector<RecordField> numbers;
     for (const RecordField& field : fields) {
@@ -177,7 +177,7 @@ class Reader {
     if (const auto factor = node.Find("factor")) {
       field.factor = factor->Number(-kMost, kMost);
       if (field.factor <= 0) {
-        factor->Refuse("a number above 0 is needed: how many times the value in its unit the record holds");
+        factor->Refuse("a number above 0 is needed: the record holds so many times the value in its unit");
       }
     }
     if (const auto offset = node.Find("offset")) field.offset = offset->Number(-kMost, kMost);

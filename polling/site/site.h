@@ -15,31 +15,31 @@ namespace fieldline {
 struct SiteDevice {
   std::string name;
   const Kind* kind;
-  int address;  // 0 where the protocol has none
+  int address;  // 0 when the protocol has none
   std::chrono::milliseconds interval;
   PollOptions options;
-  std::vector<RecordField> fields;  // the kind's, each number alone, with the site's scales
-  std::size_t shown;                // the field that stands for the device in a table
+  std::vector<RecordField> fields;  // the kind's fields, runs split, with the site's scales
+  std::size_t shown;                // index of the field that a table shows
 };
 
 struct SiteLine {
   std::string name;
-  bool local;  // the unit's own inputs, which have no port; else:
+  bool local;  // true for the unit's own inputs, which have no port
   LineConfig port;
   std::vector<SiteDevice> devices;
 };
 
-// All that is polled at one place.
+// All lines and devices of a site file.
 struct Site {
   Site() = default;
   Site(Site&&) = default;
 
   std::vector<SiteLine> lines;
-  std::deque<std::string> texts;  // which the fields view
+  std::deque<std::string> texts;  // the fields' names and units point into these
 };
 
-// Reads a site file, which docs/commissioning.md describes, and tells the library of the lines' paths. Throws
-// UsageError when anything in the file is wrong.
+// Reads a site file, see docs/commissioning.md, and maps the lines' paths in the library. Throws UsageError when
+// anything in the file is wrong.
 Site ReadSite(const std::string& path);
 
 }  // namespace fieldline

@@ -10,9 +10,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds kFirstPause = 250ms;  // before a line that can't be opened is tried again
+constexpr std::chrono::milliseconds kFirstPause = 250ms;  // before opening is tried again
 constexpr std::chrono::milliseconds kLongestPause = 2s;
-constexpr std::chrono::milliseconds kLookInterval = 1s;  // how often a resting line is looked at
+constexpr std::chrono::milliseconds kLookInterval = 1s;  // how often an idle line is checked
 
 std::vector<std::chrono::milliseconds> Intervals(const SiteLine& line) {
   std::vector<std::chrono::milliseconds> intervals;
@@ -62,12 +62,12 @@ void LineWorker::Sleep(Clock::duration time) const {
 bool LineWorker::OpenPort() {
   const std::optional<Failure> failure = polled_.Open(line_.port);
   if (!failure) return true;
-  polled_.port().Close();  // it may have opened, and refused its settings
+  polled_.port().Close();  // the device may be open although its settings were refused
   for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, FailedToOpen(*failure));
   return false;
 }
 
-// Nothing is under way while the line rests, so there is nothing to lose.
+// Purge is the test for a lost line. It discards nothing that matters: no exchange is running.
 bool LineWorker::LineIsGone() { return !line_.local && polled_.port().Purge() == 0; }
 
 void LineWorker::Poll(std::size_t index) {
@@ -78,7 +78,7 @@ void LineWorker::Poll(std::size_t index) {
   const auto ended = Clock::now();
   if (result.failure && result.failure->code == "interrupted") return;
   if (result.failure && result.failure->code == "line_gone") {
-    polled_.port().Close();  // an adapter that comes back while it is held open gets another name
+    polled_.port().Close();  // while it is open, an adapter that is plugged in again gets another name
   } else if (result.failure && result.failure->exit == ExitCode::kNoAnswer) {
     schedule_.Silent(index, ended, std::chrono::ceil<Clock::duration>(result.duration));
   } else {

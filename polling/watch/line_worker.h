@@ -17,17 +17,17 @@ struct WatchLimits {
   Schedule::Clock::time_point end = Schedule::Clock::time_point::max();
 };
 
-// Polls the devices of one line in turn, on the thread that calls Run(). A line that is absent is opened again and
-// again.
+// Polls the devices of one line in turn, on the thread that calls Run(). When the line is missing, keeps trying to open
+// it.
 class LineWorker {
  public:
-  // Is told of each poll. While the line can't be opened, each attempt counts as a failed poll of all its devices.
+  // Called after each poll. While the line can't be opened, each attempt counts as a failed poll of all its devices.
   using Report = std::function<void(const SiteDevice&, const PollResult&)>;
 
-  // Both must outlive the worker. Each device has a driver object of its own.
+  // `line` and `trace` must outlive the worker. Each device has its own driver object.
   LineWorker(const SiteLine& line, const WatchLimits& limits, TraceOutput& trace, Report report);
 
-  // Until a limit is reached or Ctrl-C.
+  // Returns when a limit is reached or the program is interrupted.
   void Run();
 
  private:

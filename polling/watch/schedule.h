@@ -9,14 +9,15 @@
 
 namespace fieldline {
 
-// Whose turn it is on a line. Devices that are due take turns; one that does not answer waits longer and longer, and at
-// least so long that it takes no more than a twentieth of the line's time. Reads no clock: it is told the time.
+// Decides which device of a line is polled next. Devices that are due take turns. A device that does not answer waits
+// longer after each poll, and always long enough to take at most a twentieth of the line's time. The caller passes the
+// time; no clock is read.
 class Schedule {
  public:
   using Clock = std::chrono::steady_clock;
 
   static constexpr int kRestPerSilence = 19;                // times the silent poll's own duration
-  static constexpr std::chrono::seconds kLongestPause{30};  // unless the interval or the poll makes it longer
+  static constexpr std::chrono::seconds kLongestPause{30};  // unless the interval or the silent poll requires more
 
   // All devices are due at `start`.
   Schedule(std::span<const std::chrono::milliseconds> intervals, Clock::time_point start);
@@ -26,32 +27,32 @@ class Schedule {
     Clock::time_point due;  // in the future when none is due
   };
 
-  // Nothing when all devices have left.
+  // Nothing when no device is polled any longer.
   std::optional<Turn> Next(Clock::time_point now) const;
 
-  // What came of a poll of the device that ended at `now`.
+  // The result of a poll of the device, which ended at `now`.
   void Answered(std::size_t device, Clock::time_point now);
   void Silent(std::size_t device, Clock::time_point now, Clock::duration poll);
 
-  // Every device is due, whatever came of its last polls: the line is new.
+  // Makes every device due, whatever its last polls gave. For a line that was opened again.
   void Restart(Clock::time_point now);
 
-  // The device has no turn any more.
+  // The device is no longer polled.
   void Leave(std::size_t device) { entries_[device].left = true; }
 
  private:
   struct Entry {
     Clock::duration interval;
     Clock::time_point due;
-    Clock::duration pause;  // before the next poll if this one is silent, too
+    Clock::duration pause;  // before the next poll if this one is silent too
     bool left = false;
   };
 
-  // Up to a quarter longer, so that silent devices do not keep coming before the same living one.
+  // Adds up to a quarter at random, so that silent devices are not always polled before the same living one.
   Clock::duration Spread(Clock::duration pause);
 
   std::vector<Entry> entries_;
-  std::size_t last_;  // whose turn it was last
+  std::size_t last_;  // device that was polled last
   std::minstd_rand random_;
 };
 

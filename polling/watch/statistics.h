@@ -8,7 +8,7 @@
 
 namespace fieldline {
 
-// What came of a series of polls.
+// The results of a series of polls.
 class Statistics {
  public:
   void Add(const PollResult& result);
@@ -16,7 +16,7 @@ class Statistics {
   // "5 polls, 4 good, 1 failed (1 no_answer); 17.2 / 18.0 / 20.1 ms (least / mean / most of the good)"
   void Print(std::ostream& out) const;
 
-  // The reason's own code when all failed for one reason or the line was lost.
+  // The exit code: that of the reason when all polls failed for the same one, or when the line was lost.
   ExitCode Result() const;
 
  private:

@@ -57,7 +57,7 @@ TEST(Protocol, NamesRepliesInTheProtocolOfTheirRequest) {
       {Ascii("~20014641E00201FD36\r"), Ascii("~200146040000FDAF\r"),
        "device 1: VER 20, CID1 46, RTN 04 (unknown command), LENID 0, CHKSUM good"                                                             },
       {Ascii("~20014641E00201FD36\r"), Ascii("~20014600E003FDB3\r"),
-       "device 1: VER 20, CID1 46, RTN 00 (carried out), LENID 3 with a BAD check nibble, CHKSUM BAD"                                          },
+       "device 1: VER 20, CID1 46, RTN 00 (executed), LENID 3 with a BAD check nibble, CHKSUM BAD"                                             },
       {frame_length,                   Hex("76 00 34 00 04 00 00 12 34"),    "get frame length: 4660 bytes"                                    },
       {frame_length,                   Hex("76 00 34 03"),                   "get frame length: refused with status 3"                         },
       {picture,                        Ascii("UG#"),                         "\"UG#\": acknowledged"                                           },

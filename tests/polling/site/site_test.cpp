@@ -86,10 +86,10 @@ TEST(Site, IsCheckedWhole) {
       {device(R"("kind": "envir", "scale": {"heat": {}})"),                                                 "/scale/heat: envir has no number \"heat\""                       },
       {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
                      "B": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"y": {"kind": "ups"}}}}})",
-       "/lines/B/path: this is the path of A already"                                                                                                                         },
+       "/lines/B/path: duplicate path: A has the same"                                                                                                                        },
       {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
                      "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
-       "/lines/B/devices/x: there is a device of this name on A already"                                                                                                      },
+       "/lines/B/devices/x: duplicate name: a device on A has the same"                                                                                                       },
   };
   for (const auto& [text, message] : cases) EXPECT_THAT(Refusal(text), HasSubstr(message)) << text;
 }

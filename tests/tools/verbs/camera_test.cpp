@@ -38,7 +38,7 @@ TEST_F(CameraTool, PollsUntilThePictureIsGood) {
   sim::FaultRule dropped = {.fault = sim::Fault::kDrop, .nth = 1};
   sim::FaultRule cut = {.fault = sim::Fault::kTruncate, .nth = 6};
   const std::string poll = Start("camera-3ge", {dropped, cut}) + " --until-good 2 --interval 300ms";
-  EXPECT_THAT(ExpectTool(poll, 5, "", "the picture breaks off after ").err, HasSubstr("2 polls, 0 good, 2 failed"));
+  EXPECT_THAT(ExpectTool(poll, 5, "", "the picture ends after ").err, HasSubstr("2 polls, 0 good, 2 failed"));
   ExpectTool(poll, 0, ".jpeg, 4096 bytes\n", "1 poll, 1 good, 0 failed");
 }
 
@@ -47,7 +47,7 @@ TEST_F(CameraTool, SaysThatAPictureIsNotStored) {
   std::filesystem::create_symlink("/proc", flash_.Path("NandFlash/www/wwwpub/images"));  // takes no file from anybody
   const json poll = json::parse(ExpectTool(Start("camera-3ge") + " --json", 1, "").out);
   EXPECT_EQ(poll["error"]["code"], "not_stored");
-  ExpectTool("poll camera --port COM1 --flash-root /dev/null", 2, "", "no directory can be made there");
+  ExpectTool("poll camera --port COM1 --flash-root /dev/null", 2, "", "the directory can't be created");
   ExpectTool("poll envir --port COM1 --flash-root /tmp", 2, "");
 }
 

@@ -138,7 +138,7 @@ TEST(Poll, TellsOfAPulledPlug) {
   line.Stop();
   const ToolResult result = tool.Finish();
   EXPECT_EQ(result.status, 3);
-  EXPECT_THAT(result.err, HasSubstr("the line vanished"));
+  EXPECT_THAT(result.err, HasSubstr("the line is gone"));
   EXPECT_THAT(result.err, HasSubstr("1 failed (1 line_gone)"));
 }
 
