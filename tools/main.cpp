@@ -24,14 +24,14 @@ namespace {
 constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0  every poll was answered and accepted\n"
-    "  1  some polls failed, or all for different reasons; or the verb was cut short\n"
+    "  1  some polls failed, or all for different reasons, or the verb was interrupted\n"
     "  2  an argument is wrong; nothing was done\n"
-    "  3  the line can't be opened, or it vanished\n"
+    "  3  the line can't be opened, or it is gone\n"
     "  4  nothing answered\n"
-    "  5  what came is not the reply that was asked for\n"
+    "  5  the reply is not the one that was asked for\n"
     "  6  an output can't be written";
 
-// CLI11 writes "--trace{-}", for what the option is without a value.
+// Leaves out the default of an option whose value is optional: CLI11 would write "--trace{-}".
 class HelpFormatter final : public CLI::Formatter {
  public:
   std::string make_option_name(const CLI::Option* option, bool is_positional) const override {
@@ -64,21 +64,21 @@ ExitCode RunAndComplain(int argc, char** argv) {
     Complain(error.what());
     return ExitCode::kUsage;
   } catch (const std::bad_alloc&) {
-    Complain("memory is short");
+    Complain("out of memory");
   } catch (const std::exception& error) {
     Complain(error.what());
   }
   return ExitCode::kSomeFailed;
 }
 
-// The status of the program: an output that could not be written counts more than what came of the verb.
+// Exit status of the program. A failed output takes precedence over the result of the verb.
 int Conclude(ExitCode code) {
   const std::optional<std::string> failure = OutputFailure();
   if (failure) Complain(*failure);
   return ToStatus(failure ? ExitCode::kNoOutput : code);
 }
 
-// Nothing that the verb uses is released: it still uses it.
+// Ends the process without releasing what the verb uses, because the verb is still running.
 void GiveUp() {
   CleanUpNow();
   std::_Exit(Conclude(ExitCode::kSomeFailed));

@@ -14,7 +14,7 @@ Watchdog::Watchdog(std::function<void()> give_up) : give_up_(std::move(give_up))
   try {
     thread_ = std::thread([this] { Run(); });
   } catch (const std::system_error&) {
-    // No thread can be made. The verb may do without one, and the third interrupt ends the program in any case.
+    // No thread can be created. The verb can run without the watchdog: the third interrupt ends the program anyway.
   }
 }
 

@@ -7,12 +7,12 @@
 
 namespace fieldline::tool {
 
-// Sees to it that an interrupt ends the program while this lives. A verb notices it by itself, unless it sits in a long
-// read or a driver's pause: then the program ends without it.
+// Makes sure that an interrupt ends the program while this object exists. A verb normally ends by itself. When it is in
+// a long read or a driver's pause, the program ends without waiting for it.
 class Watchdog {
  public:
-  // `give_up` is called on a thread of this object, when a verb has not ended soon after the first interrupt, and at
-  // once upon the second; it ends the process.
+  // `give_up` must end the process. It is called on this object's thread when a verb has not ended soon after the first
+  // interrupt, and immediately after the second.
   explicit Watchdog(std::function<void()> give_up);
 
   // The verb has ended.

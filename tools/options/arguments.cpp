@@ -7,7 +7,7 @@
 namespace fieldline::tool {
 namespace {
 
-// "alarm relay"; empty for the program.
+// Full name of a command, such as "alarm relay". Empty for the program itself.
 std::string FullName(const CLI::App& command) {
   const CLI::App* const parent = command.get_parent();
   if (parent == nullptr) return {};
@@ -38,7 +38,7 @@ std::string SeeHelp(const CLI::App& command) {
   return "; see fieldline " + name + (name.empty() ? "" : " ") + "--help";
 }
 
-// `candidates` are what could stand there in place of `word`.
+// Message for an unknown `word`. `candidates` are the words allowed there.
 std::string Unknown(const CLI::App& command, const std::string& what, const std::string& word,
                     const std::vector<std::string>& candidates) {
   const std::string name = FullName(command);
@@ -47,7 +47,7 @@ std::string Unknown(const CLI::App& command, const std::string& what, const std:
          (guess.empty() ? SeeHelp(command) : guess);
 }
 
-// `argument` means nothing to `command`, the innermost that was named.
+// Message for an unknown `argument`. `command` is the innermost command that was given.
 std::string Unknown(const CLI::App& command, const std::string& argument) {
   if (argument.starts_with('-')) {
     return Unknown(command, "option", argument.substr(0, argument.find('=')), OptionNames(command));

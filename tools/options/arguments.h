@@ -8,8 +8,8 @@
 
 namespace fieldline::tool {
 
-// The verb that the arguments ask for; null when it was --help or --version, which has been answered. Throws UsageError
-// for anything that fits no verb: it names the argument, and what may have been meant.
+// Returns the verb that the arguments select; null after printing the text of --help or --version. Throws UsageError
+// for unknown arguments; the message names the argument and suggests a similar one.
 const Verb* ParseArguments(CLI::App& app, const std::vector<Verb>& verbs, int argc, char** argv);
 
 }  // namespace fieldline::tool

@@ -9,7 +9,7 @@
 
 namespace fieldline::tool {
 
-// Adds an option that takes a time such as 250ms or 5s, of at most `most`.
+// Adds an option that takes a duration such as 250ms or 5s, at most `most`.
 void AddDuration(CLI::App& command, const std::string& name, const std::string& description,
                  std::function<void(std::chrono::milliseconds)> store, std::chrono::milliseconds most = kDay);
 

@@ -9,12 +9,12 @@ void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::stri
       .add_option("--port", arguments.port,
                   "Line: a device name (COM1, ESL3) or a path, with or without :baud,parity,data bits,stop bits")
       ->type_name("DEFINITION");
-  command.add_option("--map", arguments.maps, "Path that stands for a device name, such as COM1=/dev/ttyUSB0")
+  command.add_option("--map", arguments.maps, "Path for a device name, such as COM1=/dev/ttyUSB0")
       ->type_name("DEVICE=PATH")
       ->allow_extra_args(false);
   command
       .add_option("--timeout", arguments.timeout,
-                  "Read time-out in ms: per byte asked for, and constant [" + usual_timeout + ']')
+                  "Read time-out in ms: per requested byte, and constant [" + usual_timeout + ']')
       ->type_name("PER_BYTE,CONSTANT");
 }
 
@@ -22,7 +22,7 @@ void AddPollOptions(CLI::App& command, PollArguments& arguments) {
   constexpr int kMostPause = 60'000;
   AddNumber(command, "--pause", 0, kMostPause, "Silence in ms before each request [3.5 characters, at least 5 ms]",
             [&arguments](int pause) { arguments.pause = pause; });
-  AddNumber(command, "--retries", 0, kMostRetries, "Repeat a poll that nothing answers so many times [0]",
+  AddNumber(command, "--retries", 0, kMostRetries, "Repetitions of a poll that nothing answers [0]",
             [&arguments](int retries) { arguments.retries = retries; });
   command.add_flag("--any-address", arguments.any_address, "Accept replies that carry another address");
 }

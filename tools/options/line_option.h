@@ -8,10 +8,10 @@
 
 namespace fieldline::tool {
 
-// Adds --port, --map and --timeout to a subcommand. `usual_timeout` is for the help.
+// Adds --port, --map and --timeout to a subcommand. `usual_timeout` is shown in the help.
 void AddLineOptions(CLI::App& command, LineArguments& arguments, const std::string& usual_timeout = "fits the speed");
 
-// How a line is polled, as it was given.
+// The options for polls, as they were given.
 struct PollArguments {
   std::optional<int> pause;  // ms
   int retries = 0;
@@ -21,7 +21,7 @@ struct PollArguments {
 // Adds --pause, --retries and --any-address to a subcommand.
 void AddPollOptions(CLI::App& command, PollArguments& arguments);
 
-// The line with them.
+// The line with these options applied.
 LineConfig WithOptions(LineConfig line, const PollArguments& arguments);
 
 }  // namespace fieldline::tool

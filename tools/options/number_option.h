@@ -6,7 +6,7 @@
 
 namespace fieldline::tool {
 
-// Adds an option whose number must lie between `low` and `high`; decimal, or hexadecimal behind "0x".
+// Adds an option that takes a number from `low` to `high`, decimal, or hexadecimal after "0x".
 CLI::Option* AddNumber(CLI::App& command, const std::string& name, int low, int high, const std::string& description,
                        std::function<void(int)> store);
 

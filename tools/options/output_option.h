@@ -5,18 +5,18 @@
 
 namespace fieldline::tool {
 
-// What the options common to most verbs ask for.
+// The output options that most verbs have.
 struct OutputArguments {
   bool json = false;
   bool quiet = false;
-  std::string trace;  // what a TraceOutput takes
+  std::string trace;  // as for TraceOutput
 
-  // A line that is drawn over and over would disturb a trace.
+  // False with a trace on standard error: a progress line that is redrawn would disturb it.
   bool ShowsProgress() const { return !quiet && trace != "-"; }
 };
 
-// Adds --json, --quiet and --trace to a subcommand. The path of a trace is taken from behind '=' alone, so that
-// "--trace envir" leaves envir to be the kind.
+// Adds --json, --quiet and --trace to a subcommand. A trace file is only accepted after '=', so that "envir" in
+// "--trace envir" is the kind.
 void AddOutputOptions(CLI::App& command, OutputArguments& arguments);
 
 }  // namespace fieldline::tool

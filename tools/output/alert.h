@@ -7,7 +7,7 @@
 
 namespace fieldline::tool {
 
-// Red where `stream` is a terminal, unless NO_COLOR is set.
+// The text in red when `stream` is a terminal and NO_COLOR is not set; otherwise unchanged.
 std::string Alert(std::string_view text, Stream stream = Stream::kError);
 
 }  // namespace fieldline::tool

@@ -8,7 +8,7 @@
 
 namespace fieldline::tool {
 
-// The first camera's picture comes in one read, so all that can be shown is that it is awaited.
+// The first camera's picture is received in a single read, so only its size can be shown.
 void PictureProgress::OnSerWrite(const BYTE* data, int count) {
   head_.clear();
   received_ = 0;

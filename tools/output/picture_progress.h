@@ -5,7 +5,7 @@
 
 namespace fieldline::tool {
 
-// The progress of a poll, which tells how a camera's picture comes in.
+// Progress of a poll, with the bytes of a camera's picture received so far.
 class PictureProgress final : public Progress {
  public:
   using Progress::Progress;

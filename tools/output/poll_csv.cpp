@@ -5,7 +5,7 @@
 namespace fieldline::tool {
 namespace {
 
-// In quotation marks where the value would be taken for several, or for a formula of a spreadsheet.
+// Quotes a value that would otherwise be read as several cells, or as a formula by a spreadsheet.
 std::string Cell(const std::string& text) {
   const bool plain = text.find_first_of(",\"\r\n") == text.npos && text.find_first_of("=+-@") != 0;
   if (plain) return text;

@@ -7,7 +7,7 @@
 namespace fieldline::tool {
 
 void AddLogOption(CLI::App& command, std::string& path) {
-  command.add_option("--log", path, "Append every poll as a JSON object to this file; SIGHUP opens it anew")
+  command.add_option("--log", path, "Append every poll as a JSON object to this file; SIGHUP reopens it")
       ->type_name("FILE");
 }
 

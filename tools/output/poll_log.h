@@ -11,16 +11,15 @@ namespace fieldline::tool {
 // Adds --log to a subcommand.
 void AddLogOption(CLI::App& command, std::string& path);
 
-// The file of --log: a JSON object a line, written at once. A hang-up (SIGHUP) opens it anew under its name, as the
-// usual tools want when they rotate it.
+// The file of --log: one JSON object per line, each written at once. SIGHUP reopens it by name, as log rotation needs.
 class PollLog {
  public:
-  // An empty path stands for no log. Throws UsageError when the file can't be written.
+  // An empty path means no log. Throws UsageError when the file can't be written.
   explicit PollLog(const std::string& path);
 
   bool IsWanted() const { return wanted_; }
 
-  // Any thread may call it.
+  // Thread-safe.
   void Append(const nlohmann::ordered_json& json);
 
  private:

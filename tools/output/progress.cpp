@@ -23,7 +23,7 @@ Progress::Progress(ISerBase* port, bool wanted) : port_(port) {
   try {
     drawer_ = std::thread([this] { Run(); });
   } catch (const std::system_error&) {
-    // No thread can be made; the work matters more than its progress.
+    // No thread can be created. The work goes on without a progress line.
   }
 }
 
@@ -78,7 +78,7 @@ void Progress::Draw() {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(Clock::now() - began_).count();
   std::string line = what_ + ": " + std::to_string(seconds) + " s";
   if (!detail_.empty()) line += ", " + detail_;
-  const int columns = SizeOfTerminal(Stream::kError).columns - 1;  // the last one would move some cursors on
+  const int columns = SizeOfTerminal(Stream::kError).columns - 1;  // some terminals wrap after the last column
   line = "\r\033[K" + Clipped(ForTerminal(line), columns);
   std::cerr << line;
   drawn_ = true;

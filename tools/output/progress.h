@@ -10,24 +10,24 @@
 
 namespace fieldline::tool {
 
-// Shows that something is under way, once it has lasted a second: what, for how long, and how far it is. On one line of
-// standard error that is written over and erased in the end; on a terminal only.
+// Shows work that lasts longer than a second: what it is, for how long, and how far. Uses one line of standard error,
+// which is overwritten and finally erased. Only on a terminal.
 class Progress : public ISerObserver {
  public:
-  // Hears what passes through `port`, which may be null. Draws when `wanted`.
+  // Observes `port`, which may be null. Draws only when `wanted`.
   Progress(ISerBase* port, bool wanted);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // Something begins, and ends; nothing is on the line behind End().
+  // Start and end of a piece of work. After End() the line is empty.
   void Begin(const std::string& what);
   void End();
 
-  // Makes room for something else to be printed. The line is drawn again.
+  // Clears the line so that something else can be printed. It is drawn again later.
   void Erase();
 
-  // How far it is, such as "3 of 4096 bytes".
+  // Sets the detail, such as "3 of 4096 bytes".
   void Tell(const std::string& detail);
   std::string Detail() const;
 
@@ -46,7 +46,7 @@ class Progress : public ISerObserver {
   std::condition_variable changed_;
   bool ending_ = false;
   bool drawn_ = false;
-  std::string what_;  // empty while nothing is under way
+  std::string what_;  // empty between two pieces of work
   std::string detail_;
   Clock::time_point began_;
   std::thread drawer_;

@@ -16,7 +16,7 @@ struct Row {
   std::string name;
   std::string raw;
   std::string physical;
-  bool alone;  // the raw text has the rest of the line to itself
+  bool alone;  // a text that takes the rest of the line
 };
 
 void AppendRows(std::vector<Row>& rows, const RecordField& field, const BYTE* record) {

@@ -6,7 +6,7 @@
 
 namespace fieldline::tool {
 
-// A record as a table for people. `record` reaches to FieldsEnd(fields).
+// Prints a record as a table for people. `record` has FieldsEnd(fields) bytes.
 void PrintRecord(std::ostream& out, Fields fields, const BYTE* record);
 
 }  // namespace fieldline::tool

@@ -13,7 +13,7 @@ using nlohmann::ordered_json;
 
 namespace {
 
-// A terminal obeys these control characters, too, which JSON lets pass: U+007F, and U+0080 to U+009F in UTF-8.
+// Escapes the control characters that JSON allows but a terminal obeys: U+007F, and U+0080 to U+009F in UTF-8.
 std::string WithoutControls(const std::string& json) {
   std::string text;
   for (std::size_t i = 0; i < json.size(); ++i) {

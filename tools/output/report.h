@@ -6,19 +6,19 @@
 
 namespace fieldline::tool {
 
-// The object as a line, without control characters.
+// The object on one line, with control characters escaped.
 std::string ToLine(const nlohmann::ordered_json& json);
 
-// One line on standard output. May be called from any thread.
+// Prints the object on one line of standard output. Thread-safe.
 void PrintJson(const nlohmann::ordered_json& json);
 
-// What is wrong, on standard error.
+// Prints an error message on standard error.
 void Complain(const std::string& text);
 
 // "envir at address 1", or "ups".
 std::string Subject(const Kind& kind, int address);
 
-// For people, on standard error.
+// Prints a warning on standard error.
 void ShowWarning(const std::string& subject, const Warning& warning);
 void ShowFailure(const std::string& subject, const Failure& failure);
 

@@ -35,7 +35,7 @@ std::streamsize StandardOutput::xsputn(const char* text, std::streamsize count) 
   return count;
 }
 
-// Always succeeds: a failed stream would drop what others print, and tell nobody why.
+// Always succeeds: a failed stream would silently drop what other threads print.
 int StandardOutput::sync() {
   const std::lock_guard lock(mutex_);
   file_.Append(std::exchange(collected_, {}));

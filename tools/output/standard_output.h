@@ -9,8 +9,8 @@
 
 namespace fieldline::tool {
 
-// While it lives, std::cout writes through here: whole pieces, with an end to the program's work when they can't be
-// written; see LineFile. There is one, in main().
+// Redirects std::cout to a LineFile while it exists, so that a failed write interrupts the program. main() has the only
+// one.
 class StandardOutput final : private std::streambuf {
  public:
   StandardOutput();
@@ -25,7 +25,7 @@ class StandardOutput final : private std::streambuf {
   std::streamsize xsputn(const char* text, std::streamsize count) override;
   int sync() override;
 
-  // Writes what is collected, without the beginning of a line if there is one, and then `lines`.
+  // Writes the whole lines collected so far, then `lines`. The beginning of a line stays collected.
   void WriteLinesLocked(std::string_view lines);
 
   std::streambuf* const replaced_;
@@ -34,8 +34,8 @@ class StandardOutput final : private std::streambuf {
   std::string collected_;
 };
 
-// Prints whole lines on standard output at once. May be called from any thread, while std::cout itself belongs to the
-// thread of the verb: what others print never splits its lines.
+// Prints whole lines on standard output at once, without splitting a line of std::cout. Thread-safe; std::cout itself
+// belongs to the thread of the verb.
 void PrintLines(std::string_view lines);
 
 }  // namespace fieldline::tool

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;  // between columns
 
-// Columns that a UTF-8 text takes: its bytes that begin a character.
+// Width of a UTF-8 text in columns: the number of bytes that begin a character.
 std::size_t Columns(const std::string& text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }

@@ -8,15 +8,15 @@ namespace fieldline::tool {
 
 using TableRow = std::vector<std::string>;
 
-// Left-aligned columns, two spaces apart. The first row holds the headings; all rows are as long. What a cell holds for
-// no terminal is escaped.
+// Prints left-aligned columns, two spaces apart. The first row has the headings; all rows have the same length. Control
+// characters in cells are escaped.
 void PrintTable(std::ostream& out, const std::vector<TableRow>& rows);
 
-// Leaves columns out until the table has at most `columns` characters a line: those whose headings are in `expendable`,
-// first to last.
+// Removes columns until each line has at most `columns` characters. Only columns whose headings are in `expendable` are
+// removed, in that order.
 void FitTable(std::vector<TableRow>& rows, int columns, const std::vector<std::string>& expendable);
 
-// The same as a table of a Markdown document.
+// Prints the same as a Markdown table.
 void PrintMarkdownTable(std::ostream& out, const std::vector<TableRow>& rows);
 
 // The first `columns` characters of a UTF-8 text.

@@ -78,7 +78,7 @@ std::vector<std::string> OnePage(const std::vector<std::string>& lines, int rows
   const int total = static_cast<int>(lines.size()) - kHeadings;
   if (total + kHeadings < rows) return lines;
 
-  const int per_page = std::max(1, rows - kHeadings - 2);  // the number of the page, and the line of the cursor
+  const int per_page = std::max(1, rows - kHeadings - 2);  // the lines of the page number and of the cursor
   const int pages = (total + per_page - 1) / per_page;
   const int page = static_cast<int>(watched.count() / kPageSeconds % pages);
   const auto first = lines.begin() + kHeadings + page * per_page;

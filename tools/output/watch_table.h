@@ -12,7 +12,7 @@
 
 namespace fieldline::tool {
 
-// A device as the table of `watch` shows it.
+// A row in the table of `watch`.
 class DeviceView {
  public:
   using Clock = std::chrono::steady_clock;
@@ -23,7 +23,7 @@ class DeviceView {
 
   TableRow Row(Clock::time_point now) const;
 
-  // Whether a person should look at it: it failed, or its value is not plausible.
+  // Whether the last poll failed or its value is not plausible.
   bool IsBad() const { return failures_ > 0 || !plausible_; }
 
   static TableRow Headings() { return {"line", "device", "kind", "value", "age", "state", "last readings"}; }
@@ -39,11 +39,11 @@ class DeviceView {
   std::deque<std::optional<double>> readings_;  // newest last; nothing for a failed poll
 };
 
-// One character a reading, higher for more: between the least and the most of them, a dot for nothing.
+// One character per reading: a bar, scaled from the lowest to the highest reading, or a dot for a failed poll.
 std::string Sparkline(const std::deque<std::optional<double>>& readings);
 
-// The lines of a table that go on a screen of that many rows: all, or the headings, a page of the rest that turns every
-// five seconds, and which page it is.
+// The lines of a table that fit a screen with `rows` rows: all, or the headings, one page of the rest and the page
+// number. The page changes every five seconds.
 std::vector<std::string> OnePage(const std::vector<std::string>& lines, int rows, std::chrono::seconds watched);
 
 }  // namespace fieldline::tool

@@ -4,10 +4,10 @@
 
 namespace fieldline::tool {
 
-// Removes something from the file system when it goes, or earlier, when the process has to end before that.
+// Removes something from the file system in its destructor, or earlier when the process has to end before.
 class CleanUp {
  public:
-  // `remove` is called once, perhaps while other threads go on using what it removes.
+  // `remove` is called once, possibly while other threads still use what it removes.
   explicit CleanUp(std::function<void()> remove);
   ~CleanUp();
   CleanUp(const CleanUp&) = delete;
@@ -16,10 +16,10 @@ class CleanUp {
  private:
   friend void CleanUpNow();
 
-  std::function<void()> remove_;  // null once it was called
+  std::function<void()> remove_;  // null after the call
 };
 
-// Lets all that live do their work; for a process that is about to end. May be called from any thread.
+// Calls `remove` of all existing objects, before the process ends. Thread-safe.
 void CleanUpNow();
 
 }  // namespace fieldline::tool

@@ -23,11 +23,11 @@ LinkDirectory::LinkDirectory(const fs::path& directory) {
   std::error_code error;
   made_ = fs::create_directories(directory, error);
   if (!error) directory_ = fs::canonical(directory, error);
-  if (error) refuse("the directory can't be made: " + error.message());
+  if (error) refuse("the directory can't be created: " + error.message());
   if (!fs::is_directory(directory_)) refuse("this is no directory");
   error = lock_.Take(directory_.string());
   if (error == std::errc::operation_would_block) {
-    refuse("another simulator has its links there; end it, or choose another directory");
+    refuse("another simulator uses this directory; end it, or choose another directory");
   }
   if (error) refuse("the directory can't be locked: " + error.message());
   BeginList();
@@ -41,7 +41,7 @@ void LinkDirectory::BeginList() {
     std::string name;
     std::string target;
     std::getline(list, name);  // the heading
-    // No other simulator has the directory, so this one was killed.
+    // The directory was not locked, so the simulator that made these links was killed.
     while (std::getline(list, name, ' ') && std::getline(list, target)) RemoveLink(name, target);
   }
   clean_up_.emplace([this] { Remove(); });
@@ -78,7 +78,7 @@ bool LinkDirectory::Point(std::string_view name, const std::string& target) {
   return !error;
 }
 
-// Only while it still points where it did: somebody may have put a link of his own in its place.
+// Removes the link only if its target is unchanged: somebody may have replaced it with a link of their own.
 void LinkDirectory::RemoveLink(const std::string& name, const std::string& target) const {
   const fs::path link = directory_ / fs::path(name).filename();
   std::error_code error;

@@ -13,22 +13,23 @@
 
 namespace fieldline::tool {
 
-// A directory of links that stay where they are while what they point to comes and goes. It belongs to one simulator at
-// a time, and nothing in it is touched but links that a simulator made. Each is written to a list in the directory
-// before it is made. So the next simulator knows those of one that was killed, and removes them.
+// A directory of links with fixed names, whose targets may change. One simulator uses it at a time, and changes only
+// links that a simulator made: each link is first written to a list in the directory, so that the next simulator can
+// remove the links of one that was killed.
 class LinkDirectory {
  public:
-  // Makes the directory if there is none. Throws UsageError when it can't, and when another simulator has it.
+  // Creates the directory if needed. Throws UsageError when that fails, or when another simulator uses the directory.
   explicit LinkDirectory(const std::filesystem::path& directory);
 
-  // Its end removes its links, and the directory if it was made here and nothing else is in it.
+  // The destructor removes its links, and the directory if the constructor created it and it is empty.
   LinkDirectory(const LinkDirectory&) = delete;
   LinkDirectory& operator=(const LinkDirectory&) = delete;
 
-  // Throws UsageError when something has this name that no simulator made.
+  // Throws UsageError when the name is taken by something that no simulator made.
   void RequireFree(std::string_view name) const;
 
-  // Points the link to `target`, at once; an empty target removes it. False when something else has taken its name.
+  // Points the link to `target` in one step; an empty target removes the link. Returns false when something else has
+  // taken its name.
   bool Point(std::string_view name, const std::string& target);
 
   std::string Path(std::string_view name) const { return (directory_ / name).string(); }
@@ -44,7 +45,7 @@ class LinkDirectory {
   std::mutex mutex_;  // of all below
   bool removed_ = false;
   LineFile list_;
-  std::map<std::string, std::string> links_;  // where each points to
+  std::map<std::string, std::string> links_;  // target of each
   std::optional<CleanUp> clean_up_;
 };
 

@@ -119,7 +119,7 @@ class Reader {
   }
 
   const sim::RoomLayout& layout_;
-  sim::Room room_;  // never started; it knows what can be set
+  sim::Room room_;  // never started; it only checks the values
 };
 
 }  // namespace

@@ -6,8 +6,8 @@
 
 namespace fieldline::tool {
 
-// Reads a scenario for a room of this layout; docs/scenarios.md describes the file. Throws UsageError when anything in
-// it is wrong or does not fit the room.
+// Reads a scenario for a room of this layout, see docs/scenarios.md. Throws UsageError when anything in the file is
+// wrong or does not fit the room.
 sim::Scenario ReadScenario(const std::string& path, const sim::RoomLayout& layout);
 
 }  // namespace fieldline::tool

@@ -9,7 +9,7 @@
 
 namespace fieldline::tool {
 
-// An empty directory for temporary files; it goes with the object, whatever was put in it.
+// A directory for temporary files. The destructor removes it with its contents.
 class ScratchDirectory {
  public:
   ScratchDirectory() = default;
@@ -28,7 +28,7 @@ class ScratchDirectory {
     return path;
   }
 
-  // Again when a file was added meanwhile.
+  // Repeated when a file is added during the removal.
   void Remove() const {
     std::error_code error;
     for (int attempts = 3; attempts > 0; --attempts) {

@@ -21,7 +21,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// Empty for a device that no verb talks to.
+// The command that polls the device; empty when there is none.
 std::string Suggestion(const sim::RoomDevice& device, const sim::RoomLine& line, const std::string& path) {
   const std::string kind(device.kind->name);
   if (!device.kind->HasLine()) return "fieldline poll " + kind + " --map EIO1=" + path;
@@ -51,11 +51,11 @@ std::vector<sim::Value> ValuesOf(const Kind& kind) {
   sim::RoomLayout layout;
   layout.lines = {&line, 1};
   layout.devices = {&device, 1};
-  sim::Room room(layout, {});  // never started; it knows the values
+  sim::Room room(layout, {});  // never started; used only for its values
   return room.FindValues(kind.name)->List();
 }
 
-// A text has neither range nor decimals, but a length.
+// A text has a length in place of a range and decimals.
 ordered_json ToJson(const sim::Value& value) {
   const bool text = value.max_length > 0;
   ordered_json json;
@@ -71,6 +71,12 @@ ordered_json ToJson(const sim::Value& value) {
 }
 
 }  // namespace
+
+std::string StartFailure(const std::filesystem::path& scratch) {
+  std::string text = "the simulation can't start: the system has no pseudo-terminal left";
+  if (!scratch.empty()) text += ", or " + scratch.string() + " can't be written";
+  return text;
+}
 
 void ListSimulatedAsJson() {
   for (const Kind& kind : kKinds) {
@@ -143,16 +149,15 @@ void PrintRoomAsJson(const sim::RoomLayout& layout, const PathOf& path_of) {
   for (const sim::RoomDevice& device : layout.devices) {
     const sim::RoomLine& line = sim::LineOf(layout, device);
     const std::string path = path_of(line.name);
-    ordered_json json = {
-        {"schema",  kJsonSchema      },
-        {"line",    line.name        },
-        {"path",    path             },
-        {"baud",    nullptr          },
-        {"device",  device.name      },
-        {"kind",    device.kind->name},
-        {"address", nullptr          },
-        {"try",     nullptr          }
-    };
+    ordered_json json;
+    json["schema"] = kJsonSchema;
+    json["line"] = line.name;
+    json["path"] = path;
+    json["baud"] = nullptr;
+    json["device"] = device.name;
+    json["kind"] = device.kind->name;
+    json["address"] = nullptr;
+    json["try"] = nullptr;
     if (line.baud != 0) json["baud"] = line.baud;
     if (device.address != 0) json["address"] = device.address;
     if (const std::string suggestion = Suggestion(device, line, path); !suggestion.empty()) json["try"] = suggestion;
@@ -176,12 +181,12 @@ void ShowWhatArrives(std::string_view name, sim::Device& device, bool json) {
       PrintLines(text + '\n');
       return;
     }
-    PrintJson({
-        {"schema", kJsonSchema                              },
-        {"time",   IsoTime(std::chrono::system_clock::now())},
-        {"device", name                                     },
-        {"shows",  text                                     }
-    });
+    ordered_json object;
+    object["schema"] = kJsonSchema;
+    object["time"] = IsoTime(std::chrono::system_clock::now());
+    object["device"] = name;
+    object["shows"] = text;
+    PrintJson(object);
   };
   if (auto* const board = dynamic_cast<sim::AlarmBoard*>(&device)) {
     board->SetListener([show, json](const sim::AlarmMessage& message) {
@@ -191,7 +196,7 @@ void ShowWhatArrives(std::string_view name, sim::Device& device, bool json) {
   } else if (auto* const display = dynamic_cast<sim::Display*>(&device)) {
     display->SetListener([show](sim::Display& shown) {
       const std::string screen = shown.Screen();
-      show(screen.substr(0, screen.size() - 1));  // without its last line's end
+      show(screen.substr(0, screen.size() - 1));  // without the final line feed
     });
   }
 }

@@ -35,14 +35,14 @@ constexpr std::size_t kMostMms = 1 << 20;  // bytes
 struct Arguments {
   LineArguments line;
   OutputArguments output;
-  // Each operation has some of these.
+  // Each operation uses some of these.
   std::string number;
   std::string text;
   std::string file;
   int relay = 0;
   int state = 0;
 
-  std::string data;  // of the file
+  std::string data;  // content of the file
 };
 
 struct Operation {
@@ -75,7 +75,7 @@ const Operation kOperations[] = {
        record["signal_quality"] = static_cast<BYTE>(quality);
        return failed;
      }},
-    {"requests", "Show what was asked from remote", {},
+    {"requests", "Show the remote requests", {},
      [](IHubAlarm& board, Arguments&, ordered_json& record) {
        DEVICE_REQ requests{};
        const int failed = board.Alm_get_rmt_req(&requests);
@@ -93,7 +93,7 @@ const Operation kOperations[] = {
      [](IHubAlarm& board, Arguments& arguments, ordered_json&) {
        return board.Alm_ctrl_relay(static_cast<BYTE>(arguments.relay), static_cast<BYTE>(arguments.state));
      }},
-    {"sms", "Send an SMS; shows what the board says to it", {"NUMBER", "TEXT"},
+    {"sms", "Send an SMS and show the board's result", {"NUMBER", "TEXT"},
      [](IHubAlarm& board, Arguments& arguments, ordered_json& record) {
        BYTE result = 0;
        const int failed = board.Alm_send_sms(arguments.number.data(), arguments.text.data(), &result);
@@ -118,7 +118,7 @@ const Operation kOperations[] = {
      }},
     {"clear-text", "Clear the text to be spoken", {},
      [](IHubAlarm& board, Arguments&, ordered_json&) { return board.Alm_clr_tts_text(); }},
-    {"snapshot", "Hand the board the snapshot text", {"TEXT"},
+    {"snapshot", "Send the snapshot text to the board", {"TEXT"},
      [](IHubAlarm& board, Arguments& arguments, ordered_json&) {
        return board.Alm_set_snapshot(arguments.text.data());
      }},
@@ -129,7 +129,7 @@ const Operation kOperations[] = {
 };
 // clang-format on
 
-// Tells how far an MMS is.
+// Shows how many bytes of an MMS are sent.
 class TransferProgress final : public Progress {
  public:
   TransferProgress(ISerBase* port, bool wanted, std::size_t size) : Progress(port, wanted), size_(size) {}
@@ -149,7 +149,7 @@ class TransferProgress final : public Progress {
 void RequireFit(std::string_view what, std::size_t bytes) {
   if (bytes <= kMostAlarmPayload) return;
   throw UsageError(std::string(what) + " is too long for a frame: " + std::to_string(bytes) + " bytes with the final " +
-                   "zero, and " + std::to_string(kMostAlarmPayload) + " go");
+                   "zero; at most " + std::to_string(kMostAlarmPayload) + " fit");
 }
 
 void CheckArguments(const Operation& operation, Arguments& arguments) {

@@ -21,11 +21,11 @@
 #include "sim/room.h"
 #include "sim/scenario.h"
 #include "tools/options/output_option.h"
-#include "tools/output/alert.h"
 #include "tools/output/picture_progress.h"
 #include "tools/output/record_table.h"
 #include "tools/output/report.h"
 #include "tools/simulation/scratch_directory.h"
+#include "tools/simulation/sim_report.h"
 #include "tools/verbs/verbs.h"
 
 namespace fieldline::tool {
@@ -36,7 +36,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr char kExamples[] =
-    "Nothing needs to be attached: a machine room is simulated, and its devices are polled through the library as an\n"
+    "No device is needed: a machine room is simulated, and its devices are polled through the library, as an\n"
     "application would poll them.\n\n"
     "Examples:\n"
     "  fieldline demo\n"
@@ -48,7 +48,7 @@ struct Arguments {
   OutputArguments output;
 };
 
-// What is asked of the alarm board, as a record.
+// The alarm board's answers, as a record.
 struct BoardAnswers {
   DEVICE_STATUS status;
   BYTE sms_result;
@@ -59,7 +59,7 @@ constexpr RecordField kBoardFields[] = {
     {"sms_result", offsetof(BoardAnswers, sms_result), FieldType::kU8, 1, 0},
 };
 
-// Long ones are shortened in the middle.
+// Shortens long blocks in the middle.
 std::string ShortHex(const Bytes& bytes) {
   constexpr std::size_t kHead = 32;
   constexpr std::size_t kTail = 8;
@@ -68,14 +68,14 @@ std::string ShortHex(const Bytes& bytes) {
   return Hex(all.first(kHead)) + " ... " + Hex(all.last(kTail)) + " (" + std::to_string(all.size()) + " bytes)";
 }
 
-// The unit as an application sees it: the ports and drivers of the library, with a simulated room behind them.
+// The unit as an application sees it: ports and drivers of the library, connected to a simulated room.
 class Unit {
  public:
-  // Pictures go below `flash_root`.
+  // Pictures are stored below `flash_root`.
   Unit(const sim::Room& room, std::string flash_root, const Arguments& arguments)
       : room_(room), flash_root_(std::move(flash_root)), arguments_(arguments) {}
 
-  // Polls a device and shows what came. False when it did not answer as it should.
+  // Polls a device and shows the result. Returns false when the poll failed.
   bool Poll(const sim::RoomDevice& device, const sim::RoomLine& line);
 
  private:
@@ -89,7 +89,7 @@ class Unit {
   TraceOutput trace_{arguments_.output.trace};
 };
 
-// The board is asked for its status, and sends an SMS.
+// Reads the board's status and sends an SMS.
 PollResult UseBoard(const LineConfig& line, TraceOutput& trace) {
   BoardAnswers answers{};
   PollResult result = AlarmBoard(line, &trace).Run([&](IHubAlarm& board) {
@@ -179,7 +179,7 @@ ExitCode Run(const Arguments& arguments) {
   const sim::RoomLayout layout = sim::MachineRoom();
   sim::Room room(layout, scratch.Path());
   if (!room.Start()) {
-    std::cerr << "fieldline: " << Alert("the system has no pseudo-terminal left") << '\n';
+    Complain(StartFailure(scratch.Path()));
     return ExitCode::kNoLine;
   }
 
@@ -200,8 +200,7 @@ ExitCode Run(const Arguments& arguments) {
   const std::chrono::duration<double> duration = steady_clock::now() - began;
   if (!arguments.output.quiet || !arguments.output.json) {
     (arguments.output.json ? std::cerr : std::cout)
-        << good << " of " << polls << " polls were answered as they should be, in " << Fixed(duration.count(), 1)
-        << " s" << std::endl;
+        << good << " of " << polls << " polls were good, in " << Fixed(duration.count(), 1) << " s" << std::endl;
   }
   SetFlashRoot(nullptr);
   const bool complete = arguments.watch || polls == static_cast<int>(layout.devices.size());
@@ -212,10 +211,9 @@ ExitCode Run(const Arguments& arguments) {
 
 Verb AddDemo(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App& command =
-      *app.add_subcommand("demo", "Poll every device of a simulated machine room, and show what passes");
+  CLI::App& command = *app.add_subcommand("demo", "Poll every device of a simulated machine room and show the bytes");
   command.footer(kExamples);
-  command.add_flag("--watch", arguments->watch, "Over and over, with values that wander, until Ctrl-C");
+  command.add_flag("--watch", arguments->watch, "Repeat until Ctrl-C, with values that drift");
   AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};
 }

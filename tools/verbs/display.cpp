@@ -22,7 +22,7 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr char kExamples[] =
-    "Nothing shows whether a display is there: it never answers.\n\n"
+    "Success does not mean that a display is connected: it never answers.\n\n"
     "Examples:\n"
     "  fieldline display set 0x1000 258 --port /dev/ttyUSB0\n"
     "  fieldline display page 3 --port /dev/ttyUSB0\n"
@@ -67,12 +67,12 @@ CalendarTime ParseTime(const std::string& text) {
     const bool in_century = time.year >= 2000 && time.year <= 2099;
     if (date.ok() && in_century && time.hour < 24 && time.minute < 60 && time.second < 60) return time;
   }
-  throw UsageError("\"" + text + "\" is no time: write YYYY-MM-DD HH:MM:SS, from 2000 to 2099");
+  throw UsageError("\"" + text + "\" is not a time: write YYYY-MM-DD HH:MM:SS, from 2000 to 2099");
 }
 
 BYTE Bcd(int number) { return static_cast<BYTE>(number / 10 % 10 * 16 + number % 10); }
 
-// The day of the week counts from Sunday, 0.
+// The day of the week is 0 for Sunday.
 DIWEN_RTC_DATA DisplayClock(const CalendarTime& time) {
   const std::chrono::sys_days date{std::chrono::year(time.year) / time.month / time.day};
   const auto weekday = static_cast<int>(std::chrono::weekday(date).c_encoding());
@@ -120,7 +120,7 @@ Verb AddDisplay(CLI::App& app) {
   })->required();
 
   CLI::App& clock = *command.add_subcommand("clock", "Set the clock")->fallthrough();
-  CLI::Option* const now = clock.add_flag("--now", arguments->now, "To the local time of this machine; the default");
+  CLI::Option* const now = clock.add_flag("--now", arguments->now, "To this machine's local time (default)");
   clock.add_option("TIME", arguments->time, "To this time, YYYY-MM-DD HH:MM:SS")->excludes(now);
 
   return {&command, [&set, &page, arguments] {

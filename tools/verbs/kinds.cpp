@@ -85,7 +85,7 @@ Verb AddKinds(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("kinds", "List the kinds of devices");
   command.footer(kExamples);
-  CLI::Option* const json = command.add_flag("--json", arguments->json, "One JSON object a line");
+  CLI::Option* const json = command.add_flag("--json", arguments->json, "One JSON object per line");
   command.add_flag("--markdown", arguments->markdown, "The table of README.md")->excludes(json);
   return {&command, [arguments] { return Run(*arguments); }};
 }

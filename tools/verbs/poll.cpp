@@ -52,16 +52,16 @@ struct Arguments {
   std::string flash_root;
 };
 
-// What is polled, and where.
+// The device to poll, and its line.
 struct Target {
   const Kind& kind;
   int address;
-  std::string port;  // as shown
+  std::string port;  // for people
 };
 
 std::string SubjectOf(const Target& target) { return Subject(target.kind, target.address); }
 
-// Shows polls as the arguments ask for, and logs them.
+// Shows polls in the requested form, and logs them.
 class Reporter {
  public:
   Reporter(const Arguments& arguments, const Target& target)
@@ -171,16 +171,16 @@ Verb AddPoll(CLI::App& app) {
   AddPollOptions(command, arguments->poll);
   AddNumber(command, "--address", 0, 255, "Bus address [usual one of the kind]",
             [arguments](int address) { arguments->address = address; });
-  CLI::Option* const count = AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make; 0: until Ctrl-C [1]",
+  CLI::Option* const count = AddNumber(command, "--count", 0, 1'000'000'000, "Number of polls; 0: until Ctrl-C [1]",
                                        [arguments](int polls) { arguments->count = polls; });
-  AddNumber(command, "--until-good", 1, 1'000'000'000, "Polls to make at most, until one is good",
+  AddNumber(command, "--until-good", 1, 1'000'000'000, "Poll until one is good, at most so many times",
             [arguments](int polls) { arguments->until_good = polls; })
       ->excludes(count);
-  AddDuration(command, "--interval", "From the start of a poll to the next, in ms, or as 250ms or 5s [1s]",
+  AddDuration(command, "--interval", "Time from the start of a poll to the next: ms, 250ms or 5s [1s]",
               [arguments](std::chrono::milliseconds interval) { arguments->interval = interval; });
   AddFlashRoot(command, arguments->flash_root);
   AddOutputOptions(command, arguments->output);
-  command.add_flag("--csv", arguments->csv, "A row of headings, then comma-separated values, a row a poll")
+  command.add_flag("--csv", arguments->csv, "Comma-separated values: a row of headings, then a row per poll")
       ->excludes("--json");
   AddLogOption(command, arguments->log);
   return {&command, [arguments] { return Run(*arguments); }};

@@ -37,7 +37,7 @@ constexpr char kExamples[] =
     "  fieldline raw --port /dev/ttyUSB0:115200,n,8,1 06 --append alarm --read 7 --json";
 
 constexpr char kUsualSettings[] = "9600,n,8,1";
-constexpr int kMostBytes = 65536;  // sent, and received
+constexpr int kMostBytes = 65536;  // to send, and to receive
 constexpr ReadTimeout kUsualTimeout = {6, 100};
 
 struct Arguments {
@@ -45,7 +45,7 @@ struct Arguments {
   std::vector<std::string> bytes;
   std::string text;
   std::string append;
-  int read = 0;  // bytes; 0: until the line falls silent
+  int read = 0;  // bytes; 0: until the line is silent
   std::chrono::milliseconds wait{1000};
   OutputArguments output;
 };
@@ -56,8 +56,7 @@ std::string Printable(std::span<const BYTE> bytes) {
   return text;
 }
 
-// Reads single bytes: each read waits for one time-out, and the first of them to end without a byte behind others shows
-// that the line is silent.
+// Reads single bytes. After the first byte, a read that times out means that the line is silent.
 Bytes ReadUntilSilence(ISerBase& port, const Arguments& arguments, const ReadTimeout& timeout) {
   const auto silence = std::max(1, timeout.per_byte + timeout.constant);
   Bytes reply;
@@ -89,7 +88,7 @@ void Dump(const Bytes& bytes) {
   }
 }
 
-// Bytes pass as they are; the line is released when this goes.
+// Passes bytes unchecked. The destructor closes the line.
 class RawPort final : public CSerBase {
  public:
   explicit RawPort(Recorder& recorder) : CSerBase(SER_COM) { InsertObserver(&recorder); }
@@ -125,7 +124,7 @@ ExitCode Run(const Arguments& arguments) {
     if (port.Write(request.data(), size) == size) {
       reply = Receive(port, arguments, *line.timeout);
       if (reply.empty() && port.Purge() == 0) {
-        failure = Failure{ExitCode::kNoLine, "line_gone", "the line vanished: was the adapter unplugged?"};
+        failure = Failure{ExitCode::kNoLine, "line_gone", "the line is gone; was the adapter unplugged?"};
       } else if (reply.empty()) {
         failure = Failure{ExitCode::kNoAnswer, "no_answer", "nothing answered"};
       }
@@ -138,14 +137,13 @@ ExitCode Run(const Arguments& arguments) {
 
   const std::string meaning = DescribeReply(request, reply);
   if (arguments.output.json) {
-    ordered_json json = {
-        {"schema",      kJsonSchema                               },
-        {"time",        IsoTime(time)                             },
-        {"port",        line.shown                                },
-        {"ok",          !failure.has_value()                      },
-        {"duration_ms", std::round(duration.count() * 1000) / 1000},
-        {"request",     Hex(request)                              }
-    };
+    ordered_json json;
+    json["schema"] = kJsonSchema;
+    json["time"] = IsoTime(time);
+    json["port"] = line.shown;
+    json["ok"] = !failure.has_value();
+    json["duration_ms"] = std::round(duration.count() * 1000) / 1000;
+    json["request"] = Hex(request);
     if (failure) {
       json["error"] = FailureToJson(*failure);
     } else {
@@ -172,7 +170,7 @@ Verb AddRaw(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("raw", "Send bytes and show what comes back");
   command.footer(kExamples);
   command.add_option("BYTES", arguments->bytes, "Bytes to send, in hexadecimal")->type_name("");
-  command.add_option("--text", arguments->text, "Text to send instead; \\r, \\n, \\\\ and \\xNN are understood");
+  command.add_option("--text", arguments->text, "Text to send instead, with the escapes \\r, \\n, \\\\ and \\xNN");
   command
       .add_option(
           "--append", arguments->append,
@@ -181,9 +179,9 @@ Verb AddRaw(CLI::App& app) {
       ->type_name("crc16|hex-ascii|alarm");
   AddLineOptions(command, arguments->line);
   AddNumber(command, "--read", 1, kMostBytes,
-            "Bytes to read [until the line is silent for one byte's time-out, at most 65536]",
+            "Number of bytes to read [until the line is silent for one byte's time-out, at most 65536]",
             [arguments](int count) { arguments->read = count; });
-  AddDuration(command, "--wait", "For the first byte, without --read [1s]",
+  AddDuration(command, "--wait", "Time to wait for the first byte, without --read [1s]",
               [arguments](std::chrono::milliseconds wait) { arguments->wait = wait; });
   AddOutputOptions(command, arguments->output);
   return {&command, [arguments] { return Run(*arguments); }};

@@ -16,7 +16,7 @@ void RequireSize(const Bytes& bytes, std::size_t least, std::size_t most, const 
                    " bytes, not " + std::to_string(bytes.size()));
 }
 
-// The two digits at the front of `text`, -1 when they are none.
+// Value of the first two hexadecimal digits of `text`, -1 when there are none.
 int HexByte(std::string_view text) {
   int value = 0;
   if (text.size() < 2) return -1;
@@ -64,7 +64,8 @@ Bytes ParseHexBytes(const std::vector<std::string>& words) {
       }
       const int value = HexByte(word);
       if (value < 0) {
-        throw UsageError("\"" + std::string(word) + "\" is no hexadecimal byte; write two digits each, such as 01 03");
+        throw UsageError("\"" + std::string(word) +
+                         "\" is not a hexadecimal byte; write two digits for each, such as 01 03");
       }
       bytes.push_back(static_cast<BYTE>(value));
       word.remove_prefix(2);
@@ -92,7 +93,7 @@ Bytes ParseEscapes(std::string_view text) {
       i += 2;
     } else {
       throw UsageError("--text \"" + std::string(text) +
-                       "\": after a backslash write r, n, xNN with two digits, or another one");
+                       "\": after a backslash write r, n, xNN with two digits, or a second backslash");
     }
   }
   return bytes;

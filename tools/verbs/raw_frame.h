@@ -8,19 +8,19 @@
 
 namespace fieldline::tool {
 
-// Bytes from hexadecimal words: "01 03", "0103". Throws UsageError.
+// Reads bytes from hexadecimal words: "01 03", "0103". Throws UsageError.
 Bytes ParseHexBytes(const std::vector<std::string>& words);
 
-// Bytes from a text in which \r, \n, \\ and \xNN stand for what they do in C. Throws UsageError.
+// The bytes of a text in which \r, \n, \\ and \xNN have the same meaning as in C. Throws UsageError.
 Bytes ParseEscapes(std::string_view text);
 
-// What `form` makes of the bytes:
+// Completes the bytes to a frame, as `form` says:
 //
 //   crc16      the bytes, then the CRC of Modbus RTU
 //   hex-ascii  VER, ADR, CID1, CID2 and INFO as a frame of YD/T 1363
 //   alarm      command and payload as a frame of the alarm board
 //
-// Empty leaves them as they are. Throws UsageError when they don't fit.
+// An empty `form` leaves the bytes unchanged. Throws UsageError for an unknown form, and for too few or too many bytes.
 Bytes MakeFrame(const std::string& form, const Bytes& bytes);
 
 }  // namespace fieldline::tool

@@ -47,16 +47,16 @@ constexpr RecordField kDisplayClock[] = {
 struct Layout {
   std::string_view name;
   std::string_view description;
-  std::string_view type;  // the class that it is read from, or the record's own
+  std::string_view type;  // the driver class, or the record's own type
   std::size_t size;
   Fields fields;
 };
 
-// Records that are not polled from a driver.
+// Records that do not come from a polled driver.
 constexpr Layout kOtherLayouts[] = {
     {"device-id",     "identity of the alarm board", "DEVICE_ID",      sizeof(DEVICE_ID),      kFourBytes   },
     {"device-status", "status of the alarm board",   "DEVICE_STATUS",  sizeof(DEVICE_STATUS),  kFourBytes   },
-    {"device-req",    "what was asked from remote",  "DEVICE_REQ",     sizeof(DEVICE_REQ),     kRequests    },
+    {"device-req",    "remote requests",             "DEVICE_REQ",     sizeof(DEVICE_REQ),     kRequests    },
     {"display-clock", "clock of the serial display", "DIWEN_RTC_DATA", sizeof(DIWEN_RTC_DATA), kDisplayClock},
 };
 
@@ -80,7 +80,7 @@ Layout RequireLayout(const std::string& name) {
   throw UsageError("there is no record \"" + name + "\"; there are " + Join(names));
 }
 
-// "register_8..32" for a run.
+// "register_8..32" for a run of fields.
 std::string Names(const RecordField& field) {
   std::string names = FieldName(field, 0);
   if (!IsText(field) && field.count > 1) names += ".." + std::to_string(field.first + field.count - 1);
@@ -117,26 +117,25 @@ ordered_json ToJson(const Layout& layout) {
       fields.push_back(entry);
     }
   }
-  return {
-      {"schema",      kJsonSchema       },
-      {"record",      layout.name       },
-      {"description", layout.description},
-      {"type",        layout.type       },
-      {"size",        layout.size       },
-      {"fields",      fields            }
-  };
+  ordered_json json;
+  json["schema"] = kJsonSchema;
+  json["record"] = layout.name;
+  json["description"] = layout.description;
+  json["type"] = layout.type;
+  json["size"] = layout.size;
+  json["fields"] = fields;
+  return json;
 }
 
 constexpr char kMarkdownHead[] =
     "# Records\n"
     "\n"
-    "What each driver leaves behind `m_pData`, and the records of the alarm board and the display. Positions and "
-    "sizes\n"
-    "are in bytes; numbers are little-endian and may lie at odd positions. SCALE is what one count stands for, in "
-    "UNIT\n"
-    "where the device's is known. `name_1..8` is a run of eight fields.\n"
+    "The record that `m_pData` of each driver points to, and the records of the alarm board and the display.\n"
+    "Positions and sizes are in bytes. Numbers are little-endian and may lie at odd positions; `int` types are "
+    "signed.\n"
+    "SCALE is the value of one count, in UNIT if it is known. `name_1..8` is a run of eight fields.\n"
     "\n"
-    "This page is made by `fieldline record --markdown`.\n";
+    "`fieldline record --markdown` prints this page.\n";
 
 void PrintMarkdown() {
   std::cout << kMarkdownHead;
@@ -178,7 +177,7 @@ Verb AddRecord(CLI::App& app) {
   command.add_option("KIND", arguments->name, "Kind of device, or device-id, device-status, device-req, display-clock")
       ->type_name("");
   CLI::Option* const json = command.add_flag("--json", arguments->json, "One JSON object");
-  command.add_flag("--markdown", arguments->markdown, "All records as one page")->excludes(json);
+  command.add_flag("--markdown", arguments->markdown, "All records as one Markdown page")->excludes(json);
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

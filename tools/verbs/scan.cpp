@@ -30,9 +30,9 @@ using nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
 
 constexpr char kExamples[] =
-    "A device is found when the driver of a kind accepts what it answers; several kinds may accept one device.\n"
-    "Without settings behind --port each kind is looked for at its usual ones. Without --timeout an answer has to\n"
-    "begin within 50 ms and the time of eleven characters.\n\n"
+    "A device is found when the driver of a kind accepts its reply; several kinds may accept one device.\n"
+    "Without settings in --port each kind is scanned with its usual ones. Without --timeout a reply has to begin\n"
+    "within 50 ms and the time of eleven characters.\n\n"
     "Examples:\n"
     "  fieldline scan --port /dev/ttyUSB0\n"
     "  fieldline scan envir onoff --port /dev/ttyUSB0:2400,n,8,1 --from 1 --to 32\n"
@@ -56,7 +56,7 @@ std::vector<const Kind*> ScannedKinds(const std::vector<std::string>& names) {
   std::vector<const Kind*> kinds;
   for (const std::string& name : names) {
     const Kind& kind = RequirePolledKind(name);
-    if (!kind.HasAddress()) throw UsageError(name + " has no address to look for; use fieldline poll");
+    if (!kind.HasAddress()) throw UsageError(name + " has no address to scan for; use fieldline poll");
     kinds.push_back(&kind);
   }
   if (!kinds.empty()) return kinds;
@@ -66,7 +66,7 @@ std::vector<const Kind*> ScannedKinds(const std::vector<std::string>& names) {
   return kinds;
 }
 
-// Address by address. Modbus devices have 1 to 247.
+// All probes, address by address. Modbus devices have addresses 1 to 247.
 std::vector<Probe> PlanProbes(const Arguments& arguments, const std::vector<const Kind*>& kinds) {
   std::vector<Probe> probes;
   for (int address = 0; address <= 255; ++address) {
@@ -80,22 +80,22 @@ std::vector<Probe> PlanProbes(const Arguments& arguments, const std::vector<cons
   return probes;
 }
 
-// A device begins to answer after 50 ms and ten characters at the latest; characters have up to 11 bits.
+// Allows 50 ms and ten characters until a reply begins; a character has up to 11 bits.
 ReadTimeout ProbeTimeout(const LineConfig& line) {
   const int character = 1 + static_cast<int>(11'000 / line.settings.baud);  // ms
   return {character, 50 + 10 * character};
 }
 
-// What is probed with the same settings.
+// The probes that use the same line settings.
 struct Pass {
   LineConfig line;
   std::vector<Probe> probes;
 };
 
-// One pass with the settings that were given; without any, one for the usual settings of each kind.
+// One pass with the given settings; without any, one pass for each of the kinds' usual settings.
 std::vector<Pass> PlanPasses(const Arguments& arguments) {
   if (arguments.from && arguments.to && *arguments.from > *arguments.to) {
-    throw UsageError("--from is above --to; nothing lies between them");
+    throw UsageError("--from is above --to; the range is empty");
   }
   std::vector<std::pair<std::string, std::vector<const Kind*>>> groups;
   for (const Kind* const kind : ScannedKinds(arguments.kinds)) {
@@ -120,7 +120,7 @@ std::size_t ReplyBytes(const PollResult& result) {
   return bytes;
 }
 
-// What a device that keeps to its protocol's standard would have answered; nothing where there is no such standard.
+// Length of the reply according to the protocol's standard. Nothing when there is no standard.
 std::optional<std::size_t> StandardBytes(const Probe& probe, const PollResult& result) {
   const WireProtocol& protocol = ProtocolOf(probe.kind, probe.address);
   std::size_t bytes = 0;
@@ -132,7 +132,7 @@ std::optional<std::size_t> StandardBytes(const Probe& probe, const PollResult& r
   return bytes;
 }
 
-// The address that the last reply carries, where its protocol has one.
+// The address in the last reply. Nothing when the protocol has none.
 std::optional<int> ReplyAddress(const Probe& probe, const PollResult& result) {
   if (result.exchanges.empty()) return std::nullopt;
   return ProtocolOf(probe.kind, probe.address).reply_address(result.exchanges.back().reply);
@@ -142,18 +142,17 @@ void Show(const Probe& probe, const PollResult& result, const LineConfig& line, 
   const std::optional<int> carried = ReplyAddress(probe, result);
   const std::optional<std::size_t> standard = StandardBytes(probe, result);
   if (json) {
-    ordered_json object = {
-        {"schema",         kJsonSchema                                        },
-        {"time",           IsoTime(result.time)                               },
-        {"port",           line.shown                                         },
-        {"kind",           probe.kind.name                                    },
-        {"address",        probe.address                                      },
-        {"ok",             !result.failure.has_value()                        },
-        {"duration_ms",    std::round(result.duration.count() * 1000) / 1000  },
-        {"reply_address",  carried ? ordered_json(*carried) : ordered_json()  },
-        {"reply_bytes",    ReplyBytes(result)                                 },
-        {"standard_bytes", standard ? ordered_json(*standard) : ordered_json()}
-    };
+    ordered_json object;
+    object["schema"] = kJsonSchema;
+    object["time"] = IsoTime(result.time);
+    object["port"] = line.shown;
+    object["kind"] = probe.kind.name;
+    object["address"] = probe.address;
+    object["ok"] = !result.failure.has_value();
+    object["duration_ms"] = std::round(result.duration.count() * 1000) / 1000;
+    object["reply_address"] = carried ? ordered_json(*carried) : ordered_json();
+    object["reply_bytes"] = ReplyBytes(result);
+    object["standard_bytes"] = standard ? ordered_json(*standard) : ordered_json();
     if (result.warning) object["warning"] = WarningToJson(*result.warning);
     if (result.failure) object["error"] = FailureToJson(*result.failure);
     PrintJson(object);
@@ -174,10 +173,10 @@ void Show(const Probe& probe, const PollResult& result, const LineConfig& line, 
 
 void Warn(const std::string& text) { std::cerr << "fieldline: " << Alert(text) << '\n'; }
 
-// What the probes of one address came to.
+// The results of the probes of one address.
 struct AddressResult {
   bool accepted = false;
-  std::optional<PollResult> refused;  // the first answer that was refused
+  std::optional<PollResult> refused;  // the first refused reply
   const Probe* refused_probe = nullptr;
 };
 
@@ -221,7 +220,7 @@ class Scan {
     int found = 0;  // addresses with a device
   };
 
-  // A value ends the scan.
+  // Returns the exit code when the scan has to end early.
   std::optional<ExitCode> ProbeAll(const Pass& pass) {
     for (std::size_t i = 0; i < pass.probes.size() && !Interrupted(); ++i) {
       const Probe& probe = pass.probes[i];
@@ -264,7 +263,7 @@ class Scan {
     return std::nullopt;
   }
 
-  // False when the line only gives back what is sent.
+  // Returns false when the line only echoes what is sent.
   bool EndAddress(const LineConfig& line) {
     constexpr int kEnoughEchoes = 3;
     const AddressResult here = std::exchange(here_, {});
@@ -277,7 +276,7 @@ class Scan {
     Show(*here.refused_probe, *here.refused, line, arguments_.output.json);
     if (here.refused->failure->code == "echo" && ++counts_.echoes == kEnoughEchoes &&
         counts_.echoes == counts_.addresses) {
-      Warn("every address gives the request back; the scan ends, see to the wiring or the adapter's echo first");
+      Warn("every address echoes the request, so the scan ends; check the wiring, and switch off the adapter's echo");
       return false;
     }
     return true;
@@ -287,7 +286,7 @@ class Scan {
     constexpr int kSuspicious = 8;
     progress_.Erase();
     if (counts_.addresses >= kSuspicious && counts_.answered == counts_.addresses) {
-      Warn("every address answers: one device that answers to all of them, or noise, is likelier than so many devices");
+      Warn("every address answers; this is probably noise, or one device that answers to any address");
     }
     if (!arguments_.output.quiet) {
       std::cerr << (Interrupted() ? "interrupted: " : "") << counts_.addresses
@@ -302,12 +301,12 @@ class Scan {
       ShowFailure("scan", failure);
       return;
     }
-    PrintJson({
-        {"schema", kJsonSchema           },
-        {"port",   line.shown            },
-        {"ok",     false                 },
-        {"error",  FailureToJson(failure)}
-    });
+    ordered_json object;
+    object["schema"] = kJsonSchema;
+    object["port"] = line.shown;
+    object["ok"] = false;
+    object["error"] = FailureToJson(failure);
+    PrintJson(object);
   }
 
   const Arguments& arguments_;
@@ -326,9 +325,9 @@ class Scan {
 
 Verb AddScan(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App& command = *app.add_subcommand("scan", "Look for devices on a line, address by address");
+  CLI::App& command = *app.add_subcommand("scan", "Find devices on a line, address by address");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->kinds, "Kinds to look for [all with Modbus RTU alone]")->type_name("");
+  command.add_option("KIND", arguments->kinds, "Kinds to find [all that use only Modbus RTU]")->type_name("");
   AddLineOptions(command, arguments->line, "as above");
   AddPollOptions(command, arguments->poll);
   AddNumber(command, "--from", 0, 255, "First address [1 for Modbus, else 0]",

@@ -35,7 +35,7 @@ using nlohmann::ordered_json;
 using std::chrono::milliseconds;
 
 constexpr char kExamples[] =
-    "Without a KIND, and with --all, it is a whole machine room.\n\n"
+    "Without KIND, or with --all, simulates a whole machine room.\n\n"
     "Examples:\n"
     "  fieldline sim --all --links /tmp/room --scenario examples/scenarios/bad-night.json\n"
     "  fieldline sim --list\n"
@@ -60,9 +60,9 @@ struct Arguments {
   bool list = false;
 };
 
-// A layout made for the kinds that were asked for.
+// A layout for the kinds that were given.
 struct OwnLayout {
-  std::deque<std::string> names;  // which the others view
+  std::deque<std::string> names;  // the layout points into these
   std::vector<sim::RoomLine> lines;
   std::vector<sim::RoomDevice> devices;
 };
@@ -76,8 +76,8 @@ const Kind& RequireSimulated(const std::string& name) {
                    (guess.empty() ? "; there are " + Join(names) : guess));
 }
 
-// A line is called after its first device, and a device after its kind: envir, and a second one envir-2. Devices that
-// share a line stand at addresses in a row.
+// A device is named after its kind, and a line after its first device: envir, the second one envir-2. Devices that
+// share a line have consecutive addresses.
 OwnLayout LayOut(const Arguments& arguments) {
   constexpr int kMostAddress = 255;
   OwnLayout layout;
@@ -91,7 +91,7 @@ OwnLayout LayOut(const Arguments& arguments) {
       address = arguments.address.value_or(layout.devices.empty() ? kind.address : layout.devices.front().address) +
                 static_cast<int>(layout.devices.size());
     }
-    if (address > kMostAddress) throw UsageError("the last device's address would be above 255; begin lower");
+    if (address > kMostAddress) throw UsageError("the last device's address would be above 255; start lower");
     if (kind.address == 0) address = 0;
 
     const auto twins = std::ranges::count(layout.devices, &kind, &sim::RoomDevice::kind);
@@ -105,7 +105,7 @@ OwnLayout LayOut(const Arguments& arguments) {
   return layout;
 }
 
-// NAME=VALUE sets the value in every device that has it, WHICH.NAME=VALUE in those of that kind or name alone.
+// NAME=VALUE sets the value in every device that has it. WHICH.NAME=VALUE sets it only in devices of that kind or name.
 void SetValue(const std::string& setting, const sim::RoomLayout& layout, sim::Room& room) {
   const std::size_t equals = setting.find('=');
   if (equals == std::string::npos) {
@@ -133,7 +133,7 @@ void SetValue(const std::string& setting, const sim::RoomLayout& layout, sim::Ro
   if (!found) throw UsageError("--set \"" + setting + "\": there is no such value; there are " + Join(names));
 }
 
-// Every camera of the room shows the picture in this file.
+// Makes every camera of the room show the picture in the file.
 void ShowPicture(const std::string& path, const sim::RoomLayout& layout, sim::Room& room) {
   constexpr std::size_t kMost = 65535;
   const std::string content = ReadFile(path, kMost);
@@ -155,18 +155,17 @@ sim::FaultRule RequireFault(const std::string& text) {
 }
 
 void RefuseWithRoom(bool given, const char* option) {
-  if (given) throw UsageError(std::string(option) + " is for kinds that are named; the room has a layout of its own");
+  if (given) throw UsageError(std::string(option) + " needs a KIND; the machine room has a fixed layout");
 }
 
-// Tells of an event, and brings the links up to date with it.
+// Prints an event, and updates the links.
 void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirectory* links, bool json) {
-  ordered_json object = {
-      {"schema", kJsonSchema                              },
-      {"time",   IsoTime(std::chrono::system_clock::now())},
-      {"at_ms",  event.at.count()                         },
-      {"event",  event.note                               },
-      {"paths",  ordered_json::object()                   }
-  };
+  ordered_json object;
+  object["schema"] = kJsonSchema;
+  object["time"] = IsoTime(std::chrono::system_clock::now());
+  object["at_ms"] = event.at.count();
+  object["event"] = event.note;
+  object["paths"] = ordered_json::object();
   std::string text;
   if (event.at.count() > 0) {
     text = Fixed(static_cast<double>(event.at.count()) / 1000, 1) + " s  " + ForTerminal(event.note) + '\n';
@@ -175,7 +174,7 @@ void Report(const sim::ScenarioEvent& event, const sim::Room& room, LinkDirector
     for (const std::string& line : *lines) {
       const std::string path = room.Path(line);
       if (links != nullptr && !links->Point(line, path)) {
-        Complain("\"" + links->Path(line) + "\" is another's now; it stays as it is");
+        Complain("\"" + links->Path(line) + "\" was replaced by someone else; it stays unchanged");
       }
       text += "  " + line + (path.empty() ? " is unplugged" : " is " + path) + '\n';
       object["paths"][line] = path.empty() ? ordered_json() : ordered_json(path);
@@ -194,7 +193,7 @@ ExitCode Run(const Arguments& arguments) {
     return ExitCode::kGood;
   }
   const bool whole_room = arguments.kinds.empty();
-  if (arguments.all && !whole_room) throw UsageError("--all stands for every kind; leave out the kinds, or --all");
+  if (arguments.all && !whole_room) throw UsageError("--all includes every kind; leave out the kinds, or --all");
   if (whole_room) {
     RefuseWithRoom(arguments.address.has_value(), "--address");
     RefuseWithRoom(arguments.baud.has_value(), "--baud");
@@ -217,12 +216,13 @@ ExitCode Run(const Arguments& arguments) {
   }
 
   TraceOutput trace(arguments.output.trace);
-  // The unit's own inputs need a file.
+  // The unit's own inputs are simulated by a file.
   std::optional<ScratchDirectory> scratch;
   if (!std::ranges::all_of(layout.devices, [](const sim::RoomDevice& device) { return device.kind->HasLine(); })) {
     scratch.emplace();
   }
-  sim::Room room(layout, scratch ? scratch->Path() : std::filesystem::path());
+  const std::filesystem::path scratch_path = scratch ? scratch->Path() : std::filesystem::path();
+  sim::Room room(layout, scratch_path);
   room.Seed(seed);
   for (const sim::RoomLine& line : layout.lines) {
     sim::Line* const serial = room.FindLine(line.name);
@@ -237,25 +237,25 @@ ExitCode Run(const Arguments& arguments) {
   }
   if (!arguments.image.empty()) ShowPicture(arguments.image, layout, room);
   if (!room.Start()) {
-    Complain("the system has no pseudo-terminal left");
+    Complain(StartFailure(scratch_path));
     return ExitCode::kNoLine;
   }
 
   sim::ScenarioPlayer player(scenario, room);
   player.Advance(milliseconds(0));
-  for (const std::string& setting : arguments.values) SetValue(setting, layout, room);  // over the scenario's
+  for (const std::string& setting : arguments.values) SetValue(setting, layout, room);  // after the scenario's
   if (links) {
     for (const sim::RoomLine& line : layout.lines) {
       if (links->Point(line.name, room.Path(line.name))) continue;
-      throw std::runtime_error("the link \"" + links->Path(line.name) + "\" can't be made");
+      throw std::runtime_error("the link \"" + links->Path(line.name) + "\" can't be created");
     }
   }
   const PathOf path_of = [&](std::string_view line) { return links ? links->Path(line) : room.Path(line); };
   if (arguments.output.json) {
-    PrintJson({
-        {"schema", kJsonSchema},
-        {"seed",   seed       }
-    });
+    ordered_json object;
+    object["schema"] = kJsonSchema;
+    object["seed"] = seed;
+    PrintJson(object);
     PrintRoomAsJson(layout, path_of);
   } else {
     std::cout << "seed " << seed << '\n';
@@ -280,26 +280,26 @@ Verb AddSim(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("sim", "Simulate a machine room, or some devices, until Ctrl-C");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->kinds, "Kinds of devices, each on a line of its own")->type_name("");
-  command.add_flag("--all", arguments->all, "A whole machine room; the default");
-  command.add_option("--links", arguments->links, "Directory for links that are called after the lines, until the end")
+  command.add_option("KIND", arguments->kinds, "Kinds of devices, each on its own line")->type_name("");
+  command.add_flag("--all", arguments->all, "A whole machine room (default)");
+  command.add_option("--links", arguments->links, "Directory for links to the lines; removed at the end")
       ->type_name("DIR");
-  command.add_option("--scenario", arguments->scenario, "What happens, see docs/scenarios.md")->type_name("FILE");
+  command.add_option("--scenario", arguments->scenario, "Scenario file, see docs/scenarios.md")->type_name("FILE");
   AddNumber(command, "--address", 1, 255, "Bus address; of the first device with --one-line [usual one of the kind]",
             [arguments](int address) { arguments->address = address; });
-  command.add_option("--set", arguments->values, "Value of a device; KIND.NAME=VALUE for one kind or device alone")
+  command.add_option("--set", arguments->values, "Value of a device; KIND.NAME=VALUE for one kind or device only")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
-  command.add_option("--image", arguments->image, "JPEG file that cameras show in place of a clock")->type_name("FILE");
+  command.add_option("--image", arguments->image, "JPEG file that cameras show instead of a clock")->type_name("FILE");
   command.add_option("--fault", arguments->faults, sim::kFaultForm)->type_name("FAULT")->allow_extra_args(false);
   AddNumber(command, "--baud", 50, 4'000'000, "Speed of the devices, bit/s [usual one of the kind]",
             [arguments](int baud) { arguments->baud = baud; });
-  AddNumber(command, "--seed", 0, 2'147'483'647, "Of faults and drift; the same seed repeats a run [random]",
+  AddNumber(command, "--seed", 0, 2'147'483'647, "Seed of faults and drift; the same seed repeats a run [random]",
             [arguments](int seed) { arguments->seed = seed; });
-  command.add_flag("--drift", arguments->drift, "Let the values wander");
-  command.add_flag("--one-line", arguments->one_line, "All devices on one line, at addresses in a row");
+  command.add_flag("--drift", arguments->drift, "Let the values drift");
+  command.add_flag("--one-line", arguments->one_line, "All devices on one line, at consecutive addresses");
   AddOutputOptions(command, arguments->output);
-  command.add_flag("--list", arguments->list, "List the kinds and their values, and end");
+  command.add_flag("--list", arguments->list, "List the kinds and their values, then end");
   return {&command, [arguments] { return Run(*arguments); }};
 }
 

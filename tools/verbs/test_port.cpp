@@ -27,7 +27,7 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr char kExamples[] =
-    "The port is the library's own for commissioning: it asks the sensor factory for each driver, polls with it, and\n"
+    "The test port is part of the library. It gets each driver from the sensor factory, polls with it, and\n"
     "keeps the records of envir, leak, elec, onoff, battery, airc, ups and camera.\n\n"
     "Examples:\n"
     "  fieldline test-port envir --port /dev/ttyUSB0\n"
@@ -63,7 +63,7 @@ Target ParseTarget(const std::string& text) {
   return {kind, static_cast<int>(*address)};
 }
 
-// Where the port keeps a kind's record; null for a kind whose record it doesn't keep.
+// The port's copy of a kind's record. Null when it keeps none.
 const BYTE* CopyOf(const CHubSerTest& port, ENUM_SERDATKIND kind) {
   const auto bytes = [](const auto& record) { return reinterpret_cast<const BYTE*>(&record); };
   switch (kind) {
@@ -147,7 +147,7 @@ Verb AddTestPort(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& command = *app.add_subcommand("test-port", "Poll devices on one line through the library's test port");
   command.footer(kExamples);
-  command.add_option("KIND", arguments->kinds, "Kinds of devices; KIND@ADDRESS at another than the usual address")
+  command.add_option("KIND", arguments->kinds, "Kinds of devices; KIND@ADDRESS for another than the usual address")
       ->required();
   AddLineOptions(command, arguments->line);
   AddPollOptions(command, arguments->poll);

@@ -8,7 +8,7 @@
 
 namespace fieldline::tool {
 
-// A subcommand of the command, and what it does once its arguments are read.
+// A subcommand, and the function that runs it after its arguments are read.
 struct Verb {
   CLI::App* command;
   std::function<ExitCode()> run;

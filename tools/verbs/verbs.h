@@ -4,7 +4,7 @@
 
 namespace fieldline::tool {
 
-// Each adds a verb to the command; in a file of the verb's name.
+// Each function adds a verb to the command, and is defined in the file with the verb's name.
 Verb AddAlarm(CLI::App& app);
 Verb AddDemo(CLI::App& app);
 Verb AddDisplay(CLI::App& app);

@@ -34,8 +34,8 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr char kExamples[] =
-    "On a terminal the devices are a table; elsewhere, with --json and with a trace on standard error, every poll is\n"
-    "a JSON object on a line.\n\n"
+    "On a terminal the devices are shown in a table. Otherwise, and with --json or a trace on standard error, every\n"
+    "poll is printed as a JSON object on one line.\n\n"
     "Examples:\n"
     "  fieldline watch examples/site.json\n"
     "  fieldline watch site.json --json --duration 3600s >night.jsonl\n"
@@ -49,7 +49,7 @@ struct Arguments {
   std::string log;
 };
 
-// All that is known of a site's devices. Told by the threads of its lines.
+// The state of all devices of a site. The lines' threads report each poll to it.
 class Watched {
  public:
   // `site` must outlive this.
@@ -68,7 +68,7 @@ class Watched {
     if (json_ || log_.IsWanted()) Report(device, result);
   }
 
-  // Replaces what is on the screen.
+  // Redraws the screen.
   void Draw() {
     const auto now = DeviceView::Clock::now();
     const TerminalSize size = SizeOfTerminal(Stream::kOutput);
@@ -76,7 +76,7 @@ class Watched {
     std::size_t bad = 0;
     {
       const std::lock_guard lock(mutex_);
-      // Those that a person should look at come first.
+      // Devices with a problem come first.
       for (const bool wanted : {true, false}) {
         for (const Device& device : devices_) {
           if (device.view.IsBad() == wanted) rows.push_back(device.view.Row(now));
@@ -161,7 +161,7 @@ ExitCode Run(const Arguments& arguments) {
     }
   } catch (const std::system_error& error) {
     Interrupt();
-    Complain("no thread can be made for line " + Escaped(site.lines[threads.size()].name) + ": " + error.what());
+    Complain("no thread can be created for line " + Escaped(site.lines[threads.size()].name) + ": " + error.what());
     return ExitCode::kSomeFailed;
   }
   if (table) {
@@ -184,10 +184,10 @@ Verb AddWatch(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("watch", "Poll all devices of a site until Ctrl-C");
   command.footer(kExamples);
   command.add_option("FILE", arguments->file, "Site file, see docs/commissioning.md")->type_name("")->required();
-  AddNumber(command, "--count", 0, 1'000'000'000, "Polls to make of each device; 0: until Ctrl-C [0]",
+  AddNumber(command, "--count", 0, 1'000'000'000, "Number of polls of each device; 0: until Ctrl-C [0]",
             [arguments](int count) { arguments->count = count; });
   AddDuration(
-      command, "--duration", "Time to go on for [until Ctrl-C]",
+      command, "--duration", "How long to poll [until Ctrl-C]",
       [arguments](std::chrono::milliseconds duration) { arguments->duration = duration; }, kTenYears);
   AddOutputOptions(command, arguments->output);
   AddLogOption(command, arguments->log);

@@ -74,7 +74,7 @@ TEST_F(AlarmVerb, SaysWhyAnOperationFailed) {
       {{"mms", "text", directory.Path("none")},               2, "can't be read"                            },
       {{"mms", "text", directory.Path().string()},            2, "can't be read"                            },
       {{"relay", "256", "1"},                                 2, "a number from 0 to 255"                   },
-      {{"speak", std::string(506, 'x')},                      2, "507 bytes with the final zero, and 506 go"},
+      {{"speak", std::string(506, 'x')},                      2, "507 bytes with the final zero; at most 506 fit"},
       {{"sms", std::string(250, '1'), std::string(255, 'x')}, 2, "NUMBER and TEXT together"                 },
       {{},                                                    2, "subcommand is required"                   },
   };

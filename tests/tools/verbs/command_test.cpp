@@ -20,8 +20,8 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
       {"poll alarm --port COM1",                   "see fieldline alarm --help"                        },
       {"poll ups --address 1 --port COM1",         "ups has no address; leave out"                     },
       {"poll envir",                               "such as --port /dev/ttyUSB0:2400,n,8,1"            },
-      {"poll envir --port COM0",                   "\"COM0\" is no device name: write COM1"            },
-      {"poll envir --port com1",                   "\"com1\" is no device name"                        },
+      {"poll envir --port COM0",                   "\"COM0\" is not a device name: write COM1"         },
+      {"poll envir --port com1",                   "\"com1\" is not a device name"                     },
       {"poll envir --port COM1:9600,n,8",          "four fields are needed, not 3"                     },
       {"poll envir --port COM1:9600,n,8,1,0",      "four fields are needed, not 5"                     },
       {"poll envir --port COM1:fast,n,8,1",        "the speed is a number"                             },
@@ -37,7 +37,7 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
       {"poll envir --port COM1 --timeout 6",       "write PER_BYTE,CONSTANT in ms"                     },
       {"poll envir --port COM1 --map COM1",        "write DEVICE=PATH"                                 },
       {"sim --all ups",                            "leave out the kinds, or --all"                     },
-      {"sim --baud 9600",                          "--baud is for kinds that are named"                },
+      {"sim --baud 9600",                          "--baud needs a KIND"                               },
       {"sim toaster",                              "there are envir, "                                 },
       {"sim envir --set heat=1",                   "there are humidity, temperature"                   },
       {"sim envir --set temperature=hot",          "is not a number from"                              },
@@ -123,7 +123,7 @@ TEST(EveryVerb, SaysTheSameOnAPipeAndOnATerminal) {
       {"kinds",                                                                               0, "power-unit  power unit",         ""                           },
       {"record leak --json",                                                                  0, "\"name\":\"leak\"",              ""                           },
       {"sim --list",                                                                          0, "  temperature = ",               ""                           },
-      {"poll leak --port COM9x",                                                              2, "",                               "is no device name"          },
+      {"poll leak --port COM9x",                                                              2, "",                               "is not a device name"       },
   };
   for (const auto& [words, status, out, err] : cases) {
     const ToolResult pipe = ExpectTool(words, status, out, err);
@@ -168,7 +168,7 @@ TEST(Demo, PollsEveryDevice) {
   const ToolResult result = people.Finish();
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, HasSubstr("  -> 01 03 00 00 00 02 C4 0B\r\n  <- 01 03 04 01 C2 00 EB 1A 7C\r\n"));
-  EXPECT_THAT(result.out, HasSubstr("\n21 of 21 polls were answered as they should be, in "));
+  EXPECT_THAT(result.out, HasSubstr("\n21 of 21 polls were good, in "));
 }
 
 TEST(Terminal, HasProgressColourAndATable) {

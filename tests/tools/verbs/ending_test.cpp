@@ -79,7 +79,7 @@ TEST(Links, BelongToOneSimulatorAtATime) {
     ASSERT_TRUE(killed.WaitForOutput("/onoff:"));
     const ToolResult second = RunTool("sim envir --links " + links);
     EXPECT_EQ(second.status, 2);
-    EXPECT_THAT(second.err, HasSubstr("another simulator has its links there"));
+    EXPECT_THAT(second.err, HasSubstr("another simulator uses this directory"));
     kill(killed.id(), SIGKILL);
     killed.Finish();
   }

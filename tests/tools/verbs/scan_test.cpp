@@ -33,7 +33,7 @@ TEST(Scan, SaysWhenNothingAnswersAndWhatCantBeScanned) {
   const ToolResult result = RunTool(Scan(line, "envir battery --from 1 --to 2 --timeout 0,5 --quiet"));
   EXPECT_EQ(result.status, 4);
   EXPECT_EQ(result.out + result.err, "");
-  ExpectTool(Scan(line, "ups"), 2, "", "ups has no address to look for");
+  ExpectTool(Scan(line, "ups"), 2, "", "ups has no address to scan for");
   ExpectTool(Scan(line, "--from 9 --to 3"), 2, "");
 }
 
@@ -42,7 +42,7 @@ TEST(Scan, WarnsOfAnEchoAndEnds) {
   line.Add(std::make_unique<Parrot>());
   ASSERT_TRUE(line.Start());
   const ToolResult result =
-      ExpectTool(Scan(line, "envir --timeout 0,500"), 5, "", "every address gives the request back");
+      ExpectTool(Scan(line, "envir --timeout 0,500"), 5, "", "every address echoes the request");
   EXPECT_EQ(std::ranges::count(result.out, '\n'), 3) << result.out;
 }
 
