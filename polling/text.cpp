@@ -53,7 +53,7 @@ std::string Escape(std::string_view text, std::string_view backslash) {
 }
 
 // Edit distance: characters to add, remove, change, or swap with their neighbour.
-std::size_t Slips(std::string_view a, std::string_view b) {
+std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::vector<std::size_t>> slips(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = 0; i <= a.size(); ++i) {
     for (std::size_t k = 0; k <= b.size(); ++k) {
@@ -112,9 +112,9 @@ std::string DidYouMean(std::string_view text, std::span<const std::string> candi
   const std::string* nearest = nullptr;
   for (const std::string& candidate : candidates) {
     const bool begun = text.size() > 1 && candidate.starts_with(text);
-    const std::size_t slips = begun ? 1 : Slips(text, candidate);
-    if (slips >= least) continue;
-    least = slips;
+    const std::size_t distance = begun ? 1 : EditDistance(text, candidate);
+    if (distance >= least) continue;
+    least = distance;
     nearest = &candidate;
   }
   return nearest != nullptr ? "; did you mean " + *nearest + '?' : std::string();

@@ -53,7 +53,7 @@ int ReadModbusReply(ISerBase* port, BYTE* buffer, int ask, int least, CrcPlace p
   if (received < least) return 0;
 
   int frame = received;
-  if (place == CrcPlace::kBehindByteCount) {
+  if (place == CrcPlace::kAfterByteCount) {
     frame = kModbusHeadLength + buffer[2] + kModbusCrcLength;
     if (frame < least || frame > received) return 0;
   }

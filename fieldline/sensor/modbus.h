@@ -41,11 +41,11 @@ int BuildModbusRead(BYTE* request, BYTE addr, BYTE func, WORD reg, WORD count);
 // Where the checksum of a reply is.
 enum class CrcPlace {
   kLastTwoBytes,
-  kBehindByteCount,  // right after the data, whose length is the reply's byte count; later bytes are ignored
+  kAfterByteCount,  // right after the data, whose length is the reply's byte count; later bytes are ignored
 };
 
 // Reads a reply into `buffer`. Asks the port for `ask` bytes and accepts `least` bytes or more (at least 5) with a
-// correct checksum. With kBehindByteCount, the frame that the byte count announces must also have `least` bytes and be
+// correct checksum. With kAfterByteCount, the frame that the byte count announces must also have `least` bytes and be
 // complete. The checksum covers at most 255 bytes: the first (n - 2) mod 256 bytes of a frame of n. Address, function
 // and byte count are not compared with the request. Returns the number of bytes received, 0 when the reply is refused.
 //

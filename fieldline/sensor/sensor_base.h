@@ -59,7 +59,7 @@ class FIELDLINE_API CSensorBase {
   BYTE m_abyReserved[100] = {};  // for the application's own use
   int m_nFlags = 0;              // one bit for each one-time query of the driver that has succeeded
   ENUM_SERDATKIND m_eKind;
-  BYTE m_byCmd[kCommandCapacity] = {};  // the last request
+  BYTE m_byCmd[kCommandCapacity] = {};  // the last request; CSensorCardK and CSensorCamera3ge do not use it
 
  protected:
   // Writes the Modbus RTU request for `count` registers, coils or inputs, starting at `reg`, into the command buffer.

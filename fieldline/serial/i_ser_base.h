@@ -49,8 +49,8 @@ class ISerBase {
   // Read time-out in ms, per requested byte and constant part. Takes effect at the next Open. Always returns 1.
   virtual int SetTimeout(int per_byte, int constant) = 0;
 
-  // Discards all bytes received and not read, and all bytes written and not sent. Returns non-zero on success, 0 when
-  // the port is closed.
+  // Discards all bytes received and not read. Bytes still to be sent are discarded too, but a Write leaves none.
+  // Returns non-zero on success, 0 when the port is closed or the line is gone.
   virtual int Purge() = 0;
 
   // Waits until `count` bytes are received, at most per_byte x count + constant ms. Returns the number of bytes

@@ -43,15 +43,16 @@ void BuildDefinition(ENUM_SERTYPE type, int port, int baud, wchar_t* out) {
 
 // One notification of all observers. Notifications nest when an observer uses the port. The port knows all that are
 // running, so that a removed observer can shift their positions.
-class CSerBase::Telling {
+class CSerBase::Notification {
  public:
-  explicit Telling(CSerBase* port) : port_(port), outer_(port->m_pTelling), end_(port->m_arrObserver.size()) {}
-  Telling(const Telling&) = delete;
-  Telling& operator=(const Telling&) = delete;
-  ~Telling() { port_->m_pTelling = outer_; }
+  explicit Notification(CSerBase* port)
+      : port_(port), outer_(port->m_pNotification), end_(port->m_arrObserver.size()) {}
+  Notification(const Notification&) = delete;
+  Notification& operator=(const Notification&) = delete;
+  ~Notification() { port_->m_pNotification = outer_; }
 
   ISerObserver* Next() {
-    port_->m_pTelling = this;
+    port_->m_pNotification = this;
     return next_ < end_ ? port_->m_arrObserver[next_++] : nullptr;
   }
 
@@ -63,7 +64,7 @@ class CSerBase::Telling {
 
  private:
   CSerBase* port_;
-  Telling* outer_;
+  Notification* outer_;
   std::size_t next_ = 0;
   std::size_t end_;
 };
@@ -137,14 +138,14 @@ int CSerBase::Purge() { return m_hCom.Purge() ? 1 : 0; }
 int CSerBase::Read(BYTE* data, int count) {
   if (!m_hCom.IsOpen()) return -1;
   const int received = m_hCom.Read(data, count);
-  if (received > 0) TellObservers(&ISerObserver::OnSerRead, data, received);
+  if (received > 0) NotifyObservers(&ISerObserver::OnSerRead, data, received);
   return received;
 }
 
 int CSerBase::Write(const BYTE* data, int count) {
   if (!m_hCom.IsOpen()) return -1;
   const int written = m_hCom.Write(data, count);
-  if (written > 0) TellObservers(&ISerObserver::OnSerWrite, data, written);
+  if (written > 0) NotifyObservers(&ISerObserver::OnSerWrite, data, written);
   return written;
 }
 
@@ -165,13 +166,13 @@ int CSerBase::RemoveObserver(ISerObserver* observer) {
   if (known == m_arrObserver.end()) return -1;
   const auto index = known - m_arrObserver.begin();
   m_arrObserver.erase(known);
-  if (m_pTelling) m_pTelling->Removed(static_cast<std::size_t>(index));
+  if (m_pNotification) m_pNotification->Removed(static_cast<std::size_t>(index));
   return static_cast<int>(index);
 }
 
 int CSerBase::GetData(int, int) { return 0; }
 
-void CSerBase::TellObservers(void (ISerObserver::*event)(const BYTE*, int), const BYTE* data, int count) {
-  Telling telling(this);
-  while (ISerObserver* observer = telling.Next()) (observer->*event)(data, count);
+void CSerBase::NotifyObservers(void (ISerObserver::*event)(const BYTE*, int), const BYTE* data, int count) {
+  Notification notification(this);
+  while (ISerObserver* observer = notification.Next()) (observer->*event)(data, count);
 }

@@ -56,10 +56,10 @@ class FIELDLINE_API CSerBase : public ISerBase {
   std::vector<ISerObserver*> m_arrObserver;  // in order of registration, not owned
 
  protected:
-  void TellObservers(void (ISerObserver::*event)(const BYTE*, int), const BYTE* data, int count);
+  void NotifyObservers(void (ISerObserver::*event)(const BYTE*, int), const BYTE* data, int count);
 
  private:
-  class Telling;
+  class Notification;
 
-  Telling* m_pTelling = nullptr;
+  Notification* m_pNotification = nullptr;
 };

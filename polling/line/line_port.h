@@ -22,14 +22,14 @@ class LinePort : public Base {
   int Read(BYTE* data, int count) override {
     if (!this->m_hCom.IsOpen()) return -1;
     const int received = checker_.Read(data, count);
-    if (received > 0) this->TellObservers(&ISerObserver::OnSerRead, data, received);
+    if (received > 0) this->NotifyObservers(&ISerObserver::OnSerRead, data, received);
     return received;
   }
 
   int Write(const BYTE* data, int count) override {
     if (!this->m_hCom.IsOpen()) return -1;
     const int written = checker_.Write(data, count);
-    if (written > 0) this->TellObservers(&ISerObserver::OnSerWrite, data, written);
+    if (written > 0) this->NotifyObservers(&ISerObserver::OnSerWrite, data, written);
     return written;
   }
 

@@ -115,7 +115,7 @@ class Reader {
     if (IsCamera(kind)) {
       node.Get("kind").Refuse("a camera's poll takes a picture, and has no values to watch");
     }
-    SiteDevice device{name, &kind, kind.address, kUsualInterval, OptionsOf(line.port), TakenApart(FieldsOf(kind)), 0};
+    SiteDevice device{name, &kind, kind.address, kUsualInterval, OptionsOf(line.port), SplitRuns(FieldsOf(kind)), 0};
     ReadOptions(node, device.options);
     if (const auto address = node.Find("address")) {
       if (kind.address == 0) address->Refuse(std::string(kind.name) + " has no address; leave it out");
@@ -144,7 +144,7 @@ class Reader {
   }
 
   // Splits runs into single fields, so that each number can have its own scale.
-  std::vector<RecordField> TakenApart(Fields fields) {
+  std::vector<RecordField> SplitRuns(Fields fields) {
     std::vector<RecordField> numbers;
     for (const RecordField& field : fields) {
       if (field.count == 1 || IsText(field)) {

@@ -63,7 +63,7 @@ bool LineWorker::OpenPort() {
   const std::optional<Failure> failure = polled_.Open(line_.port);
   if (!failure) return true;
   polled_.port().Close();  // the device may be open although its settings were refused
-  for (std::size_t i = 0; i < line_.devices.size(); ++i) Tell(i, FailedToOpen(*failure));
+  for (std::size_t i = 0; i < line_.devices.size(); ++i) ReportPoll(i, FailedToOpen(*failure));
   return false;
 }
 
@@ -84,10 +84,10 @@ void LineWorker::Poll(std::size_t index) {
   } else {
     schedule_.Answered(index, ended);
   }
-  Tell(index, result);
+  ReportPoll(index, result);
 }
 
-void LineWorker::Tell(std::size_t index, const PollResult& result) {
+void LineWorker::ReportPoll(std::size_t index, const PollResult& result) {
   int& polls = devices_[index].polls;
   if (polls == limits_.polls && limits_.polls != 0) return;
   report_(line_.devices[index], result);

@@ -38,7 +38,7 @@ class LineWorker {
   bool OpenPort();
   bool LineIsGone();
   void Poll(std::size_t index);
-  void Tell(std::size_t index, const PollResult& result);
+  void ReportPoll(std::size_t index, const PollResult& result);
 
   const SiteLine& line_;
   const WatchLimits limits_;

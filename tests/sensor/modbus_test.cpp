@@ -47,19 +47,19 @@ TEST(ModbusReply, FindsTheChecksumThroughTheByteCount) {
   // Status register 2 of device 1, with two stray bytes behind.
   Bytes reply = WithCrc("01 04 02 00 02");
   reply.insert(reply.end(), {0xAA, 0x55});
-  EXPECT_EQ(Receive(reply, 10, 7, CrcPlace::kBehindByteCount), 9);
+  EXPECT_EQ(Receive(reply, 10, 7, CrcPlace::kAfterByteCount), 9);
   EXPECT_EQ(Receive(reply, 10, 7), 0);
 
   // Byte counts that leave no room for a register, or place the checksum beyond what came.
   for (const char* frame : {"01 04 00", "01 04 01 00"}) {
     Bytes short_frame = WithCrc(frame);
     short_frame.resize(10);
-    EXPECT_EQ(Receive(short_frame, 10, 7, CrcPlace::kBehindByteCount), 0) << frame;
+    EXPECT_EQ(Receive(short_frame, 10, 7, CrcPlace::kAfterByteCount), 0) << frame;
   }
   for (const BYTE count : {BYTE{6}, BYTE{253}, BYTE{255}}) {
     Bytes beyond = reply;
     beyond[2] = count;
-    EXPECT_EQ(Receive(beyond, 10, 7, CrcPlace::kBehindByteCount), 0) << int{count};
+    EXPECT_EQ(Receive(beyond, 10, 7, CrcPlace::kAfterByteCount), 0) << int{count};
   }
 }
 

@@ -13,7 +13,7 @@ void PictureProgress::OnSerWrite(const BYTE* data, int count) {
   head_.clear();
   received_ = 0;
   if (const auto picture = PictureAskedFor({data, static_cast<std::size_t>(count)})) {
-    Tell("a picture of " + std::to_string(*picture) + " bytes is coming");
+    SetDetail("a picture of " + std::to_string(*picture) + " bytes is coming");
   }
 }
 
@@ -24,7 +24,7 @@ void PictureProgress::OnSerRead(const BYTE* data, int count) {
   const std::optional<std::size_t> announced = AnnouncedPicture(head_);
   received_ += size - of_head;
   if (!announced || received_ == 0) return;
-  Tell(std::to_string(received_) + " of " + std::to_string(*announced) + " bytes");
+  SetDetail(std::to_string(received_) + " of " + std::to_string(*announced) + " bytes");
 }
 
 }  // namespace fieldline::tool

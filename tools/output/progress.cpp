@@ -56,7 +56,7 @@ void Progress::Erase() {
   EraseLocked();
 }
 
-void Progress::Tell(const std::string& detail) {
+void Progress::SetDetail(const std::string& detail) {
   const std::lock_guard lock(mutex_);
   detail_ = detail;
 }

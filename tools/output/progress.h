@@ -28,7 +28,7 @@ class Progress : public ISerObserver {
   void Erase();
 
   // Sets the detail, such as "3 of 4096 bytes".
-  void Tell(const std::string& detail);
+  void SetDetail(const std::string& detail);
   std::string Detail() const;
 
   void OnSerRead(const BYTE*, int) override {}

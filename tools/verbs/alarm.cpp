@@ -138,7 +138,7 @@ class TransferProgress final : public Progress {
     const std::size_t bytes = MmsBytesIn({data, static_cast<std::size_t>(count)});
     if (bytes == 0) return;
     sent_ += bytes;
-    Tell(std::to_string(sent_) + " of " + std::to_string(size_) + " bytes");
+    SetDetail(std::to_string(sent_) + " of " + std::to_string(size_) + " bytes");
   }
 
  private:

@@ -241,7 +241,7 @@ class Scan {
       const auto seconds = std::chrono::ceil<std::chrono::seconds>(left).count();
       text += ", " + std::to_string(seconds / 60) + " min " + std::to_string(seconds % 60) + " s left";
     }
-    progress_.Tell(text);
+    progress_.SetDetail(text);
   }
 
   std::optional<ExitCode> Ask(const LineConfig& line, const Probe& probe) {

@@ -11,7 +11,7 @@ constexpr BYTE kCid1 = 0x46;
 constexpr BYTE kReadAnalog = 0x41;
 constexpr BYTE kInfo[] = {'0', '1'};
 constexpr int kReplyLength = 470;
-constexpr std::uint32_t kRestMs = 2000;
+constexpr std::uint32_t kPauseMs = 2000;
 
 constexpr int kFloatLength = 8;
 constexpr int kFirstCell = 17;
@@ -70,6 +70,6 @@ int CSensorBattery::GetData(ISerBase* port, int addr) {
   m_data.cell_count = BATTERY_DATA::kCells;
   m_data.constant_4 = 4;
 
-  fieldline::SleepMs(kRestMs);
+  fieldline::SleepMs(kPauseMs);
   return 1;
 }

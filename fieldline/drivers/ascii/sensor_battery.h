@@ -29,7 +29,7 @@ class FIELDLINE_API CSensorBattery : public fieldline::RecordSensor<BATTERY_DATA
  public:
   CSensorBattery();
 
-  // One exchange with the monitor at address `addr` (low byte). A successful poll then waits 2 s before it returns, to
-  // give the monitor a rest. On failure the record stays as it was.
+  // One exchange with the monitor at address `addr` (low byte). A successful poll then waits 2 s before it returns, so
+  // that the next request comes no earlier, whoever polls. On failure the record stays as it was.
   int GetData(ISerBase* port, int addr) override;
 };

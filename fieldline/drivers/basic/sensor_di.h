@@ -17,5 +17,7 @@ class FIELDLINE_API CSensorDi : public fieldline::RecordSensor<DI_DATA> {
   // Reads the inputs once. `port`, which may be null, and `addr` are not used. On failure the record stays as it was.
   int GetData(ISerBase* port, int addr) override;
 
-  std::intptr_t m_hDev = -1;  // always -1: the device is open only during a poll
+  // The open input device. Part of the layout that applications are built against. Always -1, for none: GetData opens
+  // and closes the device without storing its handle here.
+  std::intptr_t m_hDev = -1;
 };

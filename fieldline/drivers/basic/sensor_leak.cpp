@@ -36,7 +36,7 @@ int CSensorLeak::GetData(ISerBase* port, int addr) {
 
 bool CSensorLeak::ReadRegister(ISerBase* port, int addr, BYTE function, WORD reg, WORD* value) {
   if (!SendCommand(port, ModBusCmd(fieldline::DeviceAddress(addr), function, reg, 1))) return false;
-  fieldline::ModbusReply<kReplyAsked, fieldline::RegisterReplyLength(1), fieldline::CrcPlace::kBehindByteCount> reply;
+  fieldline::ModbusReply<kReplyAsked, fieldline::RegisterReplyLength(1), fieldline::CrcPlace::kAfterByteCount> reply;
   if (!reply.Read(port)) return false;
   *value = reply.Register(0);
   return true;

@@ -5,8 +5,9 @@
 #include "fieldline/sensor/sensor_base.h"
 
 struct DUAL_PROTO_DATA {
-  std::uint16_t values[33];  // each signed or unsigned as the unit defines it
-  std::uint16_t state;       // 1 or 0
+  // The values with the indexes 0, 5, 7, 8 and 20 are signed. The unit's manual defines the quantities.
+  std::uint16_t values[33];
+  std::uint16_t state;  // 1 or 0
 };
 static_assert(sizeof(DUAL_PROTO_DATA) == 68);
 
