@@ -1,5 +1,5 @@
 // Both cameras. The lowest bit of the first byte chooses one, the others are the room on the disk. What is stored is
-// the picture that came, and the record tells of it.
+// the picture that came, and the record agrees with it.
 
 #include <optional>
 

@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (std::size_t i = 0; i < accepted; ++i) {
     const std::string& reply = port.Replies()[i];
     Require(reply.size() >= kind.least[i]);
-    // Only the water-leak controller may send something behind its frame.
+    // Only the water-leak controller may send bytes after its frame.
     const std::size_t frame = is_leak ? Byte(reply[2]) + 5 : reply.size();
     Require(frame >= kind.least[i] && frame <= reply.size());
     const unsigned crc = fieldline::test::ModbusCrc(reply.substr(0, frame - 2));

@@ -1,4 +1,4 @@
-// Port definitions: a device up to the first colon, and exactly four fields behind it.
+// Port definitions: a device up to the first colon, and exactly four fields after it.
 
 #include <cwchar>
 

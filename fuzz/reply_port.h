@@ -52,8 +52,8 @@ inline void SealModbus(std::string& reply) {
 // the read was given is overwritten, which shows a driver that asks for more than it has room for.
 class ReplyPort final : public test::StubPort {
  public:
-  // How a reply stands in the input: up to a line feed, which is not served, or behind a byte with its length, where
-  // 255 stands for as many bytes as are asked for.
+  // How the input holds a reply: up to a line feed, which is not served, or after a byte with its length, where 255
+  // means as many bytes as are asked for.
   enum Form { kLine, kCounted };
 
   // With `seal` the first character of the input says what becomes of the replies: with an odd one ('1') each gets the
@@ -90,7 +90,7 @@ class ReplyPort final : public test::StubPort {
   const std::vector<std::string>& Replies() const { return replies_; }
   std::size_t Writes() const { return requests_.size(); }
 
-  // What stands behind a reply in the driver's buffer from now on.
+  // The bytes after a reply in the driver's buffer from now on.
   void FillWith(BYTE filler) { filler_ = filler; }
 
  private:
@@ -113,7 +113,7 @@ class ReplyPort final : public test::StubPort {
   std::vector<std::string> replies_;
 };
 
-// Polls twice from the same state, with other bytes behind the replies in the driver's buffers: they must make no
+// Polls twice from the same state, with other bytes after the replies in the driver's buffers: they must make no
 // difference. True when the poll succeeded.
 inline bool Poll(CSensorBase& driver, std::span<BYTE> record, ReplyPort& port, int addr = 1) {
   const std::vector<BYTE> before(record.begin(), record.end());

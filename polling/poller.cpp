@@ -56,7 +56,7 @@ std::optional<Warning> FindWarning(const WireProtocol& protocol, const std::vect
   return std::nullopt;
 }
 
-// A reply that may begin anywhere among the bytes that came.
+// The failure for a reply that may begin at any of the received bytes.
 Failure Unclear(const std::vector<Exchange>& exchanges, const LineReport& report) {
   Failure failure = {ExitCode::kRefusedReply, "trailing_bytes",
                      Hinted("after the reply", report.trailing, "nothing tells where the reply begins")};

@@ -19,9 +19,8 @@ std::optional<FaultRule> FaultNamed(std::string_view name);
 // "drop, corrupt, ... or deaf", for messages.
 std::string FaultNames();
 
-// Sets a condition of the rule: nth or every (1 to 1000000), p (0 to 1), or ms (1 to 1000000), which only a delay and
-// deafness have; deafness has nothing else.
-// Returns an error message, empty on success.
+// Sets a condition of the rule: nth or every (1 to 1000000), p (0 to 1), or ms (1 to 1000000). Only the faults "delay"
+// and "deaf" have ms, and "deaf" has nothing else. Returns an error message, empty on success.
 std::string SetCondition(FaultRule& rule, std::string_view name, std::string_view value);
 
 // Makes a rule without a condition hit every reply.

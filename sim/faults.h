@@ -16,9 +16,9 @@ enum class Fault {
   kNoise,     // one to four stray bytes come before the reply
   kTrail,     // one to four stray bytes come after the reply
   kRepeat,    // the reply is sent twice
-  kAddress,   // the reply carries another device's address, and is sound otherwise
+  kAddress,   // the reply carries the next higher address, and is correct otherwise
   kDelay,     // the reply is late
-  kDeaf,      // a device ignores what comes soon after a request to another device; hits no single reply
+  kDeaf,      // a device ignores what comes soon after a request to another device; not a fault of single replies
 };
 
 // A fault, and which replies of a line it hits. A reply is hit when any of the three conditions holds.

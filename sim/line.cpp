@@ -50,14 +50,14 @@ void Line::Stop() {
 void Line::Run(const std::stop_token& stop) {
   const auto silence = std::max(kShortestSilence, std::chrono::ceil<std::chrono::milliseconds>(WireTime(3.5)));
   while (!stop.stop_requested()) {
-    BYTE heard[512];
+    BYTE bytes_read[512];
     const auto wait = received_.empty() ? kIdleWait : silence;
-    const int count = terminal_.Read(heard, sizeof heard, static_cast<int>(wait.count()));
+    const int count = terminal_.Read(bytes_read, sizeof bytes_read, static_cast<int>(wait.count()));
     if (count < 0) return;
     if (count > 0) {
-      const std::span bytes(heard, static_cast<std::size_t>(count));
+      const std::span bytes(bytes_read, static_cast<std::size_t>(count));
       if (!Understands()) {
-        Tell(Traffic::kGarbled, bytes);
+        Notify(Traffic::kGarbled, bytes);
         continue;
       }
       WaitUntil(stop, Clock::now() + WireTime(count));
@@ -66,7 +66,7 @@ void Line::Run(const std::stop_token& stop) {
     } else if (!received_.empty()) {
       Serve(stop, true);
       if (received_.empty()) continue;
-      Tell(Traffic::kUnclaimed, received_);
+      Notify(Traffic::kUnclaimed, received_);
       received_.clear();
       Deafen(nullptr);
     }
@@ -79,11 +79,11 @@ void Line::Serve(const std::stop_token& stop, bool silent) {
     taken = false;
     for (const auto& [device, deaf_until] : devices_) {
       std::vector<Reply> replies;
-      const std::size_t count = device->Hear(received_, silent, replies);
+      const std::size_t count = device->Receive(received_, silent, replies);
       if (count == 0) continue;
       if (Clock::now() < deaf_until) replies.clear();
       Deafen(device.get());
-      Tell(Traffic::kRequest, std::span(received_).first(count));
+      Notify(Traffic::kRequest, std::span(received_).first(count));
       received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(count));
       for (Reply& reply : replies) Send(stop, *device, std::move(reply));
       taken = true;
@@ -92,7 +92,7 @@ void Line::Serve(const std::stop_token& stop, bool silent) {
   }
 }
 
-// A request to `addressed`, null for one that is on the line with no device, was heard by all others.
+// Call after a request to `addressed`, null for a request that no device took. Makes all other devices deaf for a time.
 void Line::Deafen(const Device* addressed) {
   const std::lock_guard lock(faults_mutex_);
   const std::chrono::milliseconds time = faults_.DeafTime();
@@ -108,7 +108,7 @@ void Line::Send(const std::stop_token& stop, const Device& device, Reply reply) 
     faults_.Apply(device, reply);
   }
   if (reply.bytes.empty()) return;
-  Tell(Traffic::kReply, reply.bytes);
+  Notify(Traffic::kReply, reply.bytes);
   std::span<const BYTE> rest = reply.bytes;
   const auto bytes_per_chunk = static_cast<std::size_t>(kChunkTime * options_.baud / 10s);
   const std::size_t chunk_size = options_.paced ? std::max<std::size_t>(1, bytes_per_chunk) : rest.size();
@@ -142,7 +142,7 @@ Line::Clock::duration Line::WireTime(double characters) const {
   return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(characters * 10 / options_.baud));
 }
 
-void Line::Tell(Traffic traffic, std::span<const BYTE> bytes) const {
+void Line::Notify(Traffic traffic, std::span<const BYTE> bytes) const {
   if (listener_) listener_(traffic, bytes);
 }
 

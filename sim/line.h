@@ -75,7 +75,7 @@ class Line {
   void Put(const std::stop_token& stop, std::span<const BYTE> bytes);
   bool Understands() const;
   Clock::duration WireTime(double characters) const;
-  void Tell(Traffic traffic, std::span<const BYTE> bytes) const;
+  void Notify(Traffic traffic, std::span<const BYTE> bytes) const;
 
   const LineOptions options_;
   struct Attached {

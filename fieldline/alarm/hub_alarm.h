@@ -18,7 +18,8 @@ class FIELDLINE_API CHubAlarm : public CSensorBase, public IHubAlarm {
   // same.
   static void FreeInstance();
 
-  // Copies every member except the lock: a copy has its own. When a port is destroyed, copies are not told.
+  // Copies every member except the lock: a copy has its own. When a port is destroyed, only the controller itself drops
+  // it; a copy keeps its pointer.
   CHubAlarm(const CHubAlarm& other);
   CHubAlarm& operator=(const CHubAlarm& other);
 

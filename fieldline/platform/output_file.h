@@ -25,7 +25,7 @@ class OutputFile {
   // Does nothing when not open. Standard output stays open for others.
   void Close();
 
-  // Writes all of `text`; the reason when that fails, std::errc::broken_pipe when nobody reads the pipe behind it.
+  // Writes all of `text`; the reason when that fails, std::errc::broken_pipe when nobody reads the pipe.
   std::error_code Write(std::string_view text);
 
  private:

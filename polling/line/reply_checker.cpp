@@ -28,7 +28,7 @@ void ReplyChecker::Begin(const PollManner& manner) {
   request_.clear();
   received_.clear();
   ready_.clear();
-  heard_ = false;
+  any_received_ = false;
   gone_ = false;
   if (const auto rest = ended_ + manner_.pause - Clock::now(); rest > 0ms) SleepUnlessInterrupted(CeilMs(rest));
 }
@@ -45,7 +45,7 @@ LineReport ReplyChecker::End(bool good) {
   }
   if (good) {
     report_.trailing.insert(report_.trailing.end(), first.begin(), first.end());
-  } else if (!heard_ && !first.empty()) {
+  } else if (!any_received_ && !first.empty()) {
     report_.late = std::chrono::ceil<milliseconds>(first_at - sent_at_);
   }
   ended_ = Clock::now();
@@ -56,7 +56,7 @@ int ReplyChecker::Write(const BYTE* data, int count) {
   if (!request_.empty()) AwaitSilence();
   received_.clear();
   ready_.clear();
-  heard_ = false;
+  any_received_ = false;
   if (!device_.Purge()) return -1;
   request_.assign(data, data + count);
   const int written = device_.Write(data, count);
@@ -64,8 +64,8 @@ int ReplyChecker::Write(const BYTE* data, int count) {
   return written;
 }
 
-// A reply seldom says what was asked for. So what may still follow the reply to the poll's last request, such as the
-// same reply again, must be over before the next request.
+// Waits until nothing more follows the last reply of this poll. Few replies say which request they answer, so a second
+// copy of that reply would be taken for the reply to the next request.
 void ReplyChecker::AwaitSilence() {
   if (manner_.protocol->find_frame == nullptr || gone_ || Interrupted()) return;
   Bytes first = std::exchange(received_, {});
@@ -92,7 +92,7 @@ int ReplyChecker::Read(BYTE* data, int count) {
 }
 
 ReplyChecker::Clock::time_point ReplyChecker::DeadlineOf(int count) const {
-  const std::int64_t bytes = manner_.quick_silence && !heard_ ? 1 : count;
+  const std::int64_t bytes = manner_.quick_silence && !any_received_ ? 1 : count;
   return Clock::now() + milliseconds(std::int64_t{manner_.timeout.per_byte} * bytes + manner_.timeout.constant);
 }
 
@@ -111,7 +111,7 @@ bool ReplyChecker::Receive(Clock::time_point deadline) {
   gone_ = count < 0;
   if (count > 0) {
     received_.insert(received_.end(), bytes, bytes + count);
-    heard_ = true;
+    any_received_ = true;
   }
   return true;
 }
@@ -119,9 +119,9 @@ bool ReplyChecker::Receive(Clock::time_point deadline) {
 void ReplyChecker::AwaitBytes(std::size_t count, Clock::time_point deadline) {
   const auto began = Clock::now();
   while (received_.size() < count) {
-    const bool silent_so_far = !heard_;
+    const bool silent_so_far = !any_received_;
     if (!Receive(deadline)) break;
-    if (silent_so_far && heard_ && manner_.quick_silence) {
+    if (silent_so_far && any_received_ && manner_.quick_silence) {
       deadline = began + (DeadlineOf(static_cast<int>(count)) - Clock::now());
     }
   }
@@ -133,10 +133,10 @@ void ReplyChecker::AwaitBytes(std::size_t count, Clock::time_point deadline) {
 void ReplyChecker::AwaitFrame(Clock::time_point deadline) {
   std::size_t searched = 0;  // bytes already searched without finding a whole frame
   for (;;) {
-    const bool silent_so_far = !heard_;
+    const bool silent_so_far = !any_received_;
     const std::size_t before = received_.size();
     const bool waiting = Receive(deadline);
-    if (silent_so_far && heard_ && manner_.quick_silence) {
+    if (silent_so_far && any_received_ && manner_.quick_silence) {
       deadline = DeadlineOf(static_cast<int>(manner_.protocol->standard_length(request_)));
     }
     // Waits for the rest of a frame that has begun. After a pause, the frame may also begin at a later byte.

@@ -31,13 +31,13 @@ struct LineReport {
   bool noise = false;                             // the line did not become silent
 };
 
-// Stands between a driver and the line, and sees that each reply belongs to its request.
+// Reads and writes for a driver, and checks that each reply belongs to its request.
 //
-// The line is purged before each request, and silent before a poll's second and later ones. Where the protocol has
-// frames, a frame of another device is dropped and the wait goes on within the same time-out, as the Modbus serial line
-// guide (V1.02, 2.4.1, "waiting for reply") asks, and a frame is found after stray bytes. Reads end as soon as a whole
-// frame has come. When none comes, the driver gets the bytes as they came, and judges them itself. After a failed poll
-// the line is read until it is silent.
+// The line is purged before each request, and must be silent before the second and later requests of a poll. In a
+// protocol with frames, a frame of another device is dropped and the wait continues within the same time-out, as the
+// Modbus serial line guide (V1.02, 2.4.1, "waiting for reply") requires. A frame is also found after stray bytes. A
+// read ends as soon as a whole frame is received. Without a whole frame the driver gets all bytes and decides itself.
+// After a failed poll the line is read until it is silent.
 class ReplyChecker {
  public:
   using Clock = std::chrono::steady_clock;
@@ -77,8 +77,8 @@ class ReplyChecker {
   LineReport report_;
   Bytes request_;
   Clock::time_point sent_at_;
-  Clock::time_point ended_;  // of the last poll
-  bool heard_ = false;       // any byte received since the request
+  Clock::time_point ended_;    // of the last poll
+  bool any_received_ = false;  // any byte received since the request
   bool gone_ = false;
   Bytes received_;  // not yet recognised as a reply or as something else
   Bytes ready_;     // for the driver

@@ -59,7 +59,7 @@ Bytes Read(const std::map<WORD, T>& items, std::span<const BYTE> request, unsign
 
 }  // namespace
 
-std::size_t ModbusSlave::Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) {
+std::size_t ModbusSlave::Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) {
   if (!silent || received.size() < kShortestFrame || received[0] != address_) return 0;
   const std::span frame = received.first(received.size() - 2);
   const std::span crc = received.last(2);

@@ -13,7 +13,7 @@ class ModbusSlave : public Device {
  public:
   explicit ModbusSlave(BYTE address) : address_(address) {}
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
   void ChangeAddress(Bytes& reply) const override;
 
  protected:

@@ -86,7 +86,7 @@ class HubAlarmTest : public testing::Test {
   }
 
   // A reply of `length` bytes comes in two reads, three bytes and the rest; what is missing from `reply` did not come.
-  // Nothing is read behind an incomplete or unacceptable head, which alone stands in `reply` then.
+  // After an incomplete or wrong head, which is then all of `reply`, nothing more is read.
   void Answer(const Bytes& reply, int length) {
     const auto head = reply.begin() + std::min<std::ptrdiff_t>(3, std::ssize(reply));
     port_.Reply(3, Bytes(reply.begin(), head));
@@ -227,7 +227,7 @@ TEST_F(HubAlarmTest, MmsGoesInBlocksOf256) {
     ExpectSteps(steps, [&] { return alarm_->Alm_send_mms(kHi, size > 0 ? data.data() : nullptr, size); });
   }
 
-  // Whatever length the answer to a block announces, checksum and end mark are looked for right behind the command.
+  // Whatever length the answer to a block announces, checksum and end mark are expected right after the command.
   BYTE byte = 0x40;
   Play(0x12, {}, {0});
   port_.Expect(Frame(0x13, {byte})).Reply(3, Hex("AA 00 02")).Reply(3, Hex("13 13 55"));

@@ -75,7 +75,7 @@ class UncountedDevicePort final : public DevicePort {
   }
 };
 
-// Runs `call` counted, and without memory if told.
+// Runs `call` with counted allocations, which fail if asked.
 template <class Call>
 auto Counted(Call call, bool has_memory = true) {
   heap = {.fail = !has_memory, .paused = false};

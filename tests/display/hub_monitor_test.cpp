@@ -18,12 +18,11 @@ class HubMonitorTest : public testing::Test {
 };
 
 TEST_F(HubMonitorTest, EachOperationIsOneWriteOnAnOpenPort) {
+  const DIWEN_RTC_DATA time = {0x24, 0x05, 0x17, 0x06, 0x13, 0x45, 0x01};
   const std::pair<std::function<unsigned long()>, const char*> operations[] = {
       {[&] { return monitor_->diwen_set_data(0xFEDC, 0xBA98); }, "A5 5A 05 82 FE DC BA 98"               },
       {[&] { return monitor_->diwen_set_display(0x0201); },      "A5 5A 04 80 03 02 01"                  },
-      {[&] {
-         return monitor_->diwen_set_rtc({0x24, 0x05, 0x17, 0x06, 0x13, 0x45, 0x01});
-       },                                                 "A5 5A 0A 80 1F 5A 24 05 17 06 13 45 01"},
+      {[&] { return monitor_->diwen_set_rtc(time); },            "A5 5A 0A 80 1F 5A 24 05 17 06 13 45 01"},
   };
   for (const auto& [run, frame] : operations) {
     const Bytes bytes = Hex(frame);

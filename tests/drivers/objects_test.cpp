@@ -73,7 +73,7 @@ TEST_F(Factories, ASingletonMayBeDeletedThroughItsBase) {
 }
 
 // In every order of release, three lives each: nothing is destroyed twice or used after that, which the address
-// sanitizer would tell, and nothing destroyed is handed out.
+// sanitizer would report, and nothing destroyed is handed out.
 TEST_F(Factories, LeaveTheSingletonsToThemselvesAndTheirPortsToNobody) {
   void (*const releases[])() = {CHubSerFactory::FreeInstance, CSensorFactory::FreeInstance, CHubAlarm::FreeInstance,
                                 CHubMonitor::FreeInstance};

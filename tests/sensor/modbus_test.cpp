@@ -44,7 +44,7 @@ TEST(ModbusReply, IsAcceptedOnItsLengthAndChecksum) {
 }
 
 TEST(ModbusReply, FindsTheChecksumThroughTheByteCount) {
-  // Status register 2 of device 1, with two stray bytes behind.
+  // Status register 2 of device 1, with two stray bytes after it.
   Bytes reply = WithCrc("01 04 02 00 02");
   reply.insert(reply.end(), {0xAA, 0x55});
   EXPECT_EQ(Receive(reply, 10, 7, CrcPlace::kAfterByteCount), 9);

@@ -24,7 +24,7 @@ TEST(PortDefinition, ReadsFourFieldsBehindTheFirstColon) {
       {L"COM2:300,Odd,5,1",       true,  300,        Parity::kOdd,   5, StopBits::kOne       },
       {L"COM2:9600,m,8,1",        true,  9600,       Parity::kMark,  8, StopBits::kOne       },
       {L"COM2:9600,S,8,1",        true,  9600,       Parity::kSpace, 8, StopBits::kOne       },
- // What can't be read stands for its default.
+ // An unreadable field gets its default.
       {L"COM2:,x,8,1",            true,  9600,       Parity::kNone,  8, StopBits::kOne       },
       {L"COM2:fast,,many,3",      true,  9600,       Parity::kNone,  8, StopBits::kOne       },
       {L"COM2:-300,o,7,1.50",     true,  9600,       Parity::kOdd,   7, StopBits::kOne       },

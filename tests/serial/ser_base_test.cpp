@@ -122,7 +122,7 @@ TEST_F(SerBase, TimeoutsActFromTheNextOpenOn) {
   port.Close();
 }
 
-// Notes what it is told, and does something in its turn.
+// Records its notifications, and may act in each.
 class Observer : public ISerObserver {
  public:
   void OnSerRead(const BYTE* data, int count) override { Note('r', data, count); }
@@ -180,7 +180,7 @@ TEST_F(SerBaseObservers, KeepTheOrderOfRegistrationAndHearWhatPassed) {
 }
 
 TEST_F(SerBaseObservers, MayComeAndGoWhileBeingTold) {
-  // The first removes itself and its follower and brings a new one, which hears of the next block only.
+  // The first removes itself and the second, and inserts a new one, which only gets the next notification.
   observers_[0].action = [this] {
     EXPECT_EQ(port_.RemoveObserver(&observers_[0]), 0);
     EXPECT_EQ(port_.RemoveObserver(&observers_[1]), 0);
@@ -193,7 +193,7 @@ TEST_F(SerBaseObservers, MayComeAndGoWhileBeingTold) {
 }
 
 TEST_F(SerBaseObservers, MayUseThePortWhileBeingTold) {
-  // A write within a write, in which an observer goes that the outer one has told already.
+  // A write within a write removes an observer that the outer write has already notified.
   observers_[1].action = [this] {
     observers_[1].action = nullptr;
     observers_[2].action = [this] { port_.RemoveObserver(&observers_[0]); };

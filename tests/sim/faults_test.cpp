@@ -16,22 +16,22 @@ using namespace std::chrono_literals;
 
 const Bytes kReply = {0x01, 0x03, 0x04, 0x01, 0x23, 0xFE, 0xDC, 0x4B, 0xFC};
 
-std::vector<Bytes> Injured(std::uint32_t seed, std::vector<FaultRule> rules, int count) {
+std::vector<Bytes> Damaged(std::uint32_t seed, std::vector<FaultRule> rules, int count) {
   const std::unique_ptr<Device> device = test::MakeDevice("envir", 1);
   Faults faults(seed, std::move(rules));
-  std::vector<Bytes> injured;
+  std::vector<Bytes> damaged;
   for (int i = 0; i < count; ++i) {
     Reply reply{kReply};
     faults.Apply(*device, reply);
-    injured.push_back(reply.bytes);
+    damaged.push_back(reply.bytes);
   }
-  return injured;
+  return damaged;
 }
 
 TEST(Faults, HitTheRepliesOfTheirRule) {
   const auto hits = [](FaultRule rule) {
     std::string pattern;
-    for (const Bytes& bytes : Injured(1, {rule}, 7)) pattern += bytes.empty() ? 'x' : '.';
+    for (const Bytes& bytes : Damaged(1, {rule}, 7)) pattern += bytes.empty() ? 'x' : '.';
     return pattern;
   };
   EXPECT_EQ(hits({.nth = 1}), "x......");
@@ -41,11 +41,11 @@ TEST(Faults, HitTheRepliesOfTheirRule) {
   EXPECT_EQ(hits({}), ".......");
 }
 
-TEST(Faults, InjureAsTheySay) {
+TEST(Faults, DamageAsTheySay) {
   FaultRule rule = {.nth = 1};
   const auto once = [&](std::uint32_t seed, Fault fault) {
     rule.fault = fault;
-    return Injured(seed, {rule}, 1)[0];
+    return Damaged(seed, {rule}, 1)[0];
   };
   for (std::uint32_t seed = 0; seed < 200; ++seed) {
     SCOPED_TRACE(seed);
@@ -79,10 +79,10 @@ TEST(Faults, InjureAsTheySay) {
 
 TEST(Faults, FollowTheSeed) {
   const FaultRule rule = {.fault = Fault::kCorrupt, .probability = 0.3};
-  const auto injured = Injured(42, {rule}, 100);
-  EXPECT_EQ(injured, Injured(42, {rule}, 100));
-  EXPECT_NE(injured, Injured(43, {rule}, 100));
-  const auto intact = std::ranges::count(injured, kReply);
+  const auto damaged = Damaged(42, {rule}, 100);
+  EXPECT_EQ(damaged, Damaged(42, {rule}, 100));
+  EXPECT_NE(damaged, Damaged(43, {rule}, 100));
+  const auto intact = std::ranges::count(damaged, kReply);
   EXPECT_GT(intact, 40);
   EXPECT_LT(intact, 95);
 }

@@ -45,14 +45,14 @@ class NearEnd {
     Send(Hex(request));
     return ToHex(Receive(9));
   }
-  // Nothing may come until the line has told of the request by raising `heard`, nor right after.
-  void AskInVain(const char* request, const std::atomic<int>& heard) {
-    const int before = heard;
+  // Nothing may come until the line has counted the request in `counter`, nor right after.
+  void ExpectNoAnswer(const char* request, const std::atomic<int>& counter) {
+    const int before = counter;
     Send(Hex(request));
-    for (int waited = 0; heard == before && waited < kAnswerWait; waited += kSilenceWait) {
+    for (int waited = 0; counter == before && waited < kAnswerWait; waited += kSilenceWait) {
       EXPECT_EQ(ToHex(Receive(1, kSilenceWait)), "");
     }
-    EXPECT_NE(heard, before);
+    EXPECT_NE(counter, before);
     EXPECT_EQ(ToHex(Receive(1, kSilenceWait)), "");
   }
 
@@ -68,7 +68,7 @@ Line::Listener Count(std::atomic<int>& count, Traffic what) {
 class Talker : public Device {
  public:
   static constexpr int kReplySize = 20000;
-  std::size_t Hear(std::span<const BYTE> received, bool, std::vector<Reply>& replies) override {
+  std::size_t Receive(std::span<const BYTE> received, bool, std::vector<Reply>& replies) override {
     if (received[0] != '?') return 0;
     for (const BYTE fill : Text("ab")) replies.push_back({Bytes(kReplySize, fill), 5ms});
     return 1;
@@ -87,8 +87,8 @@ TEST(Line, CarriesSeveralDevicesEachAtItsAddress) {
   ASSERT_TRUE(line.Start());
   NearEnd near(line, 9600);
   EXPECT_EQ(near.Ask(kAskTen), kFromTen);
-  near.AskInVain("02 03 00 00 00 02 C4 38", unclaimed);
-  near.AskInVain("01 03 00 00", unclaimed);  // cut off; forgotten before the next request
+  near.ExpectNoAnswer("02 03 00 00 00 02 C4 38", unclaimed);
+  near.ExpectNoAnswer("01 03 00 00", unclaimed);  // cut off; forgotten before the next request
   one.values().PutNumber("humidity", 29.1);
   one.values().PutNumber("temperature", -29.2);
   EXPECT_EQ(near.Ask("01 03 00 00 00 02 C4 0B"), "01 03 04 01 23 FE DC 4B FC");
@@ -101,7 +101,7 @@ TEST(Line, IsSilentAtAnotherSpeedAndKeepsToItsOwn) {
   line.SetListener(Count(garbled, Traffic::kGarbled));
   ASSERT_TRUE(line.Start());
   NearEnd near(line, 9600);
-  near.AskInVain(kAskTen, garbled);
+  near.ExpectNoAnswer(kAskTen, garbled);
   near.SetBaud(300);
   const auto asked = std::chrono::steady_clock::now();
   EXPECT_EQ(near.Ask(kAskTen), kFromTen);

@@ -10,7 +10,7 @@
 
 namespace fieldline::test {
 
-// A port with a simulated device behind it and no line between. Like any port it is for one thread at a time.
+// A port connected directly to a simulated device, without a line. One thread uses it at a time, as any port.
 class DevicePort : public StubPort {
  public:
   explicit DevicePort(std::unique_ptr<sim::Device> device) : device_(std::move(device)) {}
@@ -30,7 +30,7 @@ class DevicePort : public StubPort {
   }
   int Write(const BYTE* data, int count) override {
     std::vector<sim::Reply> replies;
-    device_->Hear({data, static_cast<std::size_t>(count)}, true, replies);
+    device_->Receive({data, static_cast<std::size_t>(count)}, true, replies);
     for (const sim::Reply& reply : replies) waiting_.insert(waiting_.end(), reply.bytes.begin(), reply.bytes.end());
     return count;
   }

@@ -7,8 +7,8 @@
 
 namespace fieldline::test {
 
-// Takes the place of the platform's clock in a test program: time stands still but for sleeps, and for one millisecond
-// with every look at the ticks.
+// Replaces the platform's clock in a test program. Time advances only by sleeps, and by one millisecond each time the
+// ticks are read.
 struct FakeClock {
   std::uint32_t ticks = 0;
   std::vector<std::uint32_t> sleeps;

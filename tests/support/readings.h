@@ -9,7 +9,7 @@
 #include "polling/record/kind_fields.h"
 #include "sim/values.h"
 
-// Holds what a driver decoded against what the simulated device sent, under the names that both have for it.
+// Compares what a driver decoded with what the simulated device sent, under the names that both use.
 namespace fieldline::test {
 
 // What a record says of a value of the device.
@@ -35,9 +35,9 @@ inline std::vector<std::pair<std::string, double>> NumbersOf(const sim::Values& 
   return numbers;
 }
 
-// The scales are those of the command's tables. Numbers of the record that no value stands behind are among them.
+// The scales are those of the command's tables. Numbers of the record without a value are included.
 inline std::vector<Reading> Readings(std::string_view kind, int address, const nlohmann::json& record) {
-  // Of the frame of the dual-protocol unit: where values 1 to 33 stand in it, the first seven as words.
+  // Of the frame of the dual-protocol unit: the positions of values 1 to 33, the first seven as words.
   constexpr int kFrame[] = {0,  2,  4,  6,  8,  10, 12, 14, 15, 22, 23, 30, 31, 45, 46, 52, 53,
                             54, 55, 56, 57, 58, 59, 60, 61, 66, 67, 68, 69, 80, 81, 82, 83};
   // And of its Modbus variant: the register of each value, some in tenths; 0 for none.

@@ -28,12 +28,12 @@ class SimulatedLine : public sim::Line {
   sim::Device& Add(std::string_view kind, int address) { return Add(MakeDevice(kind, address)); }
 };
 
-// Answers whatever it hears with the same bytes, or with what it heard.
+// Answers every request with the same bytes, or with the request itself.
 class Parrot final : public sim::Device {
  public:
   explicit Parrot(sim::Bytes answer = {}) : answer_(std::move(answer)) {}
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<sim::Reply>& replies) override {
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<sim::Reply>& replies) override {
     if (!silent) return 0;
     replies.push_back({answer_.empty() ? sim::Bytes(received.begin(), received.end()) : answer_});
     return received.size();

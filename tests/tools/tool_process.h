@@ -14,7 +14,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// For a line whose reply comes whole; shorter time-outs are for replies that are waited for in vain.
+// For lines that reply. Shorter time-outs are for replies that never come.
 constexpr char kPatiently[] = " --timeout 0,20000 --port ";
 
 struct ToolResult {
@@ -25,8 +25,8 @@ struct ToolResult {
 
 enum class Output { kPipes, kTerminals };
 
-// The command in a process of its own, with standard output and standard error apart and nothing to read. It is killed
-// when it outlives every patience, or this object.
+// Runs the command in its own process, with separate standard output and standard error and no input. Kills it after a
+// long time-out, and in the destructor.
 class ToolProcess {
  public:
   explicit ToolProcess(const std::vector<std::string>& arguments, Output output = Output::kPipes);

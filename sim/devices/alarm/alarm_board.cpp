@@ -99,7 +99,7 @@ std::vector<AlarmMessage> AlarmBoard::Outbox() const {
   return outbox_;
 }
 
-std::size_t AlarmBoard::Hear(std::span<const BYTE> received, bool, std::vector<Reply>& replies) {
+std::size_t AlarmBoard::Receive(std::span<const BYTE> received, bool, std::vector<Reply>& replies) {
   if (received.size() < kFrameLength || received[0] != 0xAA) return 0;
   const std::size_t length = received[1] * 256u + received[2];
   if (length > kLongestPayload || received.size() < length + kFrameLength) return 0;

@@ -43,7 +43,7 @@ class AlarmBoard : public Device {
   // Thread-safe.
   unsigned OutOfSequence() const { return out_of_sequence_; }
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
 
  private:
   struct Request;

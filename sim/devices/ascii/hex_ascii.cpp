@@ -50,7 +50,7 @@ HexAsciiDevice::HexAsciiDevice(const Identity& identity)
     : head_(identity.start + HexByte(identity.version) + HexByte(identity.address) + HexByte(identity.type)),
       address_(identity.address) {}
 
-std::size_t HexAsciiDevice::Hear(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
+std::size_t HexAsciiDevice::Receive(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
   const auto end = std::ranges::find(received, '\r');
   if (end == received.end()) return 0;
   const std::string request(received.begin(), end + 1);

@@ -12,7 +12,7 @@ namespace fieldline::sim {
 // and type. An unknown command is answered with return code 04.
 class HexAsciiDevice : public Device {
  public:
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
   void ChangeAddress(Bytes& reply) const override;
 
  protected:

@@ -51,7 +51,7 @@ std::string Display::Screen() {
   return screen + "+" + std::string(kInside, '-') + "+\n";
 }
 
-std::size_t Display::Hear(std::span<const BYTE> received, bool, std::vector<Reply>&) {
+std::size_t Display::Receive(std::span<const BYTE> received, bool, std::vector<Reply>&) {
   if (received.size() < 4 || received[0] != 0xA5 || received[1] != 0x5A) return 0;
   const std::size_t length = received[2];
   if (length < 1 || received.size() < 3 + length) return 0;

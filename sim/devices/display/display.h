@@ -24,7 +24,7 @@ class Display : public Device {
   // Sets a function that is called after each change, on the line's own thread. Call it before the line starts.
   void SetListener(std::function<void(Display&)> listener) { listener_ = std::move(listener); }
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
 
  private:
   bool WriteVariables(std::span<const BYTE> data);

@@ -31,7 +31,7 @@ std::size_t Number(std::span<const BYTE> bytes) {
 
 Camera::Camera() { values().Add({.name = "compression", .maximum = 255, .number = 0x36, .read_only = true}); }
 
-std::size_t Camera::Hear(std::span<const BYTE> received, bool, std::vector<Reply>& replies) {
+std::size_t Camera::Receive(std::span<const BYTE> received, bool, std::vector<Reply>& replies) {
   if (received.size() < kHeadLength || received[0] != kCommandMark || received[1] != kNumber) return 0;
   const std::size_t length = kHeadLength + received[3];
   if (received.size() < length) return 0;

@@ -11,7 +11,7 @@ class Camera : public PictureDevice {
  public:
   Camera();
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
 
  private:
   Bytes Answer(BYTE command, std::span<const BYTE> data);

@@ -6,7 +6,7 @@
 
 namespace fieldline::sim {
 
-std::size_t Camera3ge::Hear(std::span<const BYTE> received, bool, std::vector<Reply>& replies) {
+std::size_t Camera3ge::Receive(std::span<const BYTE> received, bool, std::vector<Reply>& replies) {
   constexpr std::string_view kRequest = "UG3#";
   if (received.size() < kRequest.size() || !std::equal(kRequest.begin(), kRequest.end(), received.begin())) return 0;
   Bytes picture = TakePicture();

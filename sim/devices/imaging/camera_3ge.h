@@ -7,7 +7,7 @@ namespace fieldline::sim {
 // Serial camera that answers "UG3#" with an acknowledgement, a length and its picture.
 class Camera3ge : public PictureDevice {
  public:
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
 };
 
 }  // namespace fieldline::sim

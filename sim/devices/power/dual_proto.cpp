@@ -86,7 +86,7 @@ DualProtoFrame::DualProtoFrame(BYTE address) : address_(address) {
   values().Add({.name = "state", .maximum = 1, .number = 1});
 }
 
-std::size_t DualProtoFrame::Hear(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
+std::size_t DualProtoFrame::Receive(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
   constexpr std::size_t kRequestLength = 5;
   if (received.size() < kRequestLength || received[0] != address_ || received[1] != 1 || received[2] != 2) return 0;
   const unsigned sum = received[0] + received[1] + received[2] + received[3] + received[4] * 256u;

@@ -30,7 +30,7 @@ class DualProtoFrame : public Device {
  public:
   explicit DualProtoFrame(BYTE address);
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
   void ChangeAddress(Bytes& reply) const override;
 
  private:

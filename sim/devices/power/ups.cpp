@@ -52,7 +52,7 @@ Ups::Ups() {
   values().Add({.name = "version", .max_length = kVersionWidth, .text = "1.0"});
 }
 
-std::size_t Ups::Hear(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
+std::size_t Ups::Receive(std::span<const BYTE> received, bool /*silent*/, std::vector<Reply>& replies) {
   const auto end = std::ranges::find(received, '\r');
   if (end == received.end()) return 0;
   const std::string command(received.begin(), end);

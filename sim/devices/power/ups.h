@@ -12,7 +12,7 @@ class Ups : public Device {
  public:
   Ups();
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<Reply>& replies) override;
 
  private:
   std::string Status();

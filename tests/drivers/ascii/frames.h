@@ -8,7 +8,7 @@
 // Frames as a device makes them, by means of their own.
 namespace fieldline::test {
 
-// Puts CHKSUM and the carriage return behind the characters from SOI to the end of INFO.
+// Appends CHKSUM and the carriage return to the characters from SOI to the end of INFO.
 inline std::string Seal(const std::string& frame) {
   unsigned sum = 0;
   for (const char c : frame.substr(1)) sum += static_cast<unsigned char>(c);

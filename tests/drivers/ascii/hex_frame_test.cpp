@@ -121,8 +121,8 @@ TEST(HexFrame, ChecksReplies) {
   EXPECT_FALSE(Check(Seal("~11012A00101E00a100B1B2B3B4B5B6B7B8B9BA0000"))) << "lower case";
 }
 
-// The sum covers neither the first nor the last character, and where a character of the frame's set stands is not
-// looked at: any of that set in their place passes. No other change of one character does.
+// The sum does not cover the first and the last character, so any other character of the frame's set is accepted there.
+// Every other change of one character is refused.
 TEST(HexFrame, RefusesEveryOtherSingleCorruption) {
   const std::string frame_characters = "~\r0123456789ABCDEF";
   for (const std::string& reply : {kReply, Seal("~20014600F1C4" + std::string(452, '7'))}) {

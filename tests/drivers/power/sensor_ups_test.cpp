@@ -103,23 +103,21 @@ TEST_F(SensorUps, AsksAgainForAnIdentificationThatIsNotAcceptable) {
 
 TEST_F(SensorUps, FailsAnAcceptedIdentificationThatIsNotWhole) {
   const std::string long_maker = "#" + std::string(40, 'x') + " y z\r";
-  const std::tuple<const char*, std::u16string, const char16_t*> cases[] = {
-      {"",                              u"",               u""                 },
-      {"#Megatecco\r",                  u"",               u""                 },
-      {"#Mega tec\r",                   u"Mega",           u""                 }, // ends before the model
-      {"#New             Model12345\r", u"New",            u""                 }, // no space behind the model
-      {"#Newer           M1\r",         u"Newer",          u""                 },
-      {long_maker.c_str(),              std::u16string(31, u'x'),                u""}, // cut to its field
-      {"#Newest          M2 xxxxx\r",                               u"Newest",                    u"M2"}, // ends before the version
-  };
-  for (const auto& [reply, maker, model] : cases) {
+  const auto expect = [&](const char* reply, const std::u16string& maker, const std::u16string& model) {
     ExpectPoll(0, kStatus, reply);
     EXPECT_EQ(Name(53), maker) << reply;
     EXPECT_EQ(Name(117), model) << reply;
-  }
+  };
+  expect("", u"", u"");
+  expect("#Megatecco\r", u"", u"");
+  expect("#Mega tec\r", u"Mega", u"");                   // ends before the model
+  expect("#New             Model12345\r", u"New", u"");  // no space after the model
+  expect("#Newer           M1\r", u"Newer", u"");
+  expect(long_maker.c_str(), std::u16string(31, u'x'), u"");  // cut to its field
+  expect("#Newest          M2 xxxxx\r", u"Newest", u"M2");    // ends before the version
   ExpectPoll(1, kStatus, "#Megatecco       mmmmmmmmmmmm V1\r", kRatings);
   EXPECT_EQ(Name(117), std::u16string(12, u'm'));
-  EXPECT_EQ(Name(181), u"m") << "what stands in the version's place";
+  EXPECT_EQ(Name(181), u"m") << "what is at the version's position";
 }
 
 TEST_F(SensorUps, AsksAgainForRatingsThatBreakOff) {

@@ -22,7 +22,7 @@
 namespace fieldline {
 namespace {
 
-// "-" for a name that stands for no path.
+// "-" for a name without a path.
 std::string PathOf(const wchar_t* device) {
   PathBuffer path;
   return FindDevicePath(device, path) ? path : "-";

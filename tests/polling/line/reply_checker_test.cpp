@@ -1,4 +1,4 @@
-// What the line shows of other devices, of noise, and too late, and what becomes of it.
+// Replies of other devices, noise and late replies, and how they are handled.
 
 #include "polling/line/reply_checker.h"
 
@@ -32,12 +32,12 @@ Bytes operator+(Bytes front, const Bytes& back) {
   return front;
 }
 
-// Answers the requests that it hears one after the other as it was told, and further ones as a probe does.
+// Answers its first requests with the given replies, and later ones as a probe does.
 class Script final : public sim::Device {
  public:
   explicit Script(std::deque<Replies> answers, Bytes usual) : answers_(std::move(answers)), usual_(std::move(usual)) {}
 
-  std::size_t Hear(std::span<const BYTE> received, bool silent, std::vector<sim::Reply>& replies) override {
+  std::size_t Receive(std::span<const BYTE> received, bool silent, std::vector<sim::Reply>& replies) override {
     if (!silent) return 0;
     if (answers_.empty()) {
       replies.push_back({usual_});
@@ -53,7 +53,7 @@ class Script final : public sim::Device {
   const Bytes usual_;
 };
 
-// A device on a line of its own, which is polled with a time-out of 300 ms.
+// A device on its own line, polled with a time-out of 300 ms.
 class Bench {
  public:
   Bench(const Kind& kind, std::deque<Replies> answers, Bytes usual) : kind_(kind) {
@@ -108,7 +108,7 @@ TEST(ReplyChecker, KnowsWhoseReplyItIsAndRecoversByTheNextPoll) {
     Bench bench(KindOf(SERDAT_ENVIR), {c.replies}, kGood);
     EXPECT_EQ(CodeOf(bench.Poll()), c.code) << c.code;
     const std::string next = CodeOf(bench.Poll());
-    // What comes later than the line was listened to is told from the next reply by its address alone.
+    // A reply that comes after the line was read until silent differs from the next reply only in its address.
     EXPECT_EQ(next, c.replies.size() == 1 && c.replies[0].delay == 350ms ? next : "good") << "after " << c.code;
   }
 }
@@ -148,10 +148,14 @@ TEST(ReplyChecker, LooksAtTheChecksumAndTheAddressForDriversThatDoNot) {
 }
 
 TEST(ReplyChecker, IsNotTakenInByARepliesCopyAtTheNextStep) {
-  // Four requests for one register each, of which the first two differ in nothing that a reply carries.
+  // Four requests for one register each. The replies to the first two can differ only in their value.
   const Bytes status = WithCrc("01 04 02 00 01");
   Bench leak(KindOf(SERDAT_LEAK),
-             {{{status}, {status, 10ms}}, {{WithCrc("01 04 02 00 07")}}, {{WithCrc("01 03 02 00 08")}}},
+             {
+                 {{status}, {status, 10ms}},
+                 {{WithCrc("01 04 02 00 07")}       },
+                 {{WithCrc("01 03 02 00 08")}}
+  },
              WithCrc("01 04 02 00 09"));
   const PollResult result = leak.Poll();
   EXPECT_EQ(CodeOf(result), "warning trailing_bytes");

@@ -47,7 +47,7 @@ TEST(Site, EveryNumberMayHaveAScale) {
 }
 
 TEST(Site, IsCheckedWhole) {
-  // What stands in place of the dots: of a file, of a line, of a device.
+  // Files with these members of a line, or of a device.
   const auto line = [](const std::string& members) {
     return R"({"lines": {"A": {"path": "/dev/a", )" + members + "}}}";
   };
@@ -56,42 +56,47 @@ TEST(Site, IsCheckedWhole) {
   };
   const std::string deep = R"({"lines": {"A": )" + std::string(100, '[') + std::string(100, ']') + "}}";
   const std::string large = "{\"lines\": \"" + std::string(1 << 20, 'x') + "\"}";
-  const std::pair<std::string, const char*> cases[] = {
-      {R"({"lines": 1e999})",                                                                               "line 1: the number 1e999 is out of range"                        },
-      {deep,                                                                                                "/lines/A: more than 64 objects"                                  },
-      {large,                                                                                               "the file is too large; at most 1048576 bytes"                    },
-      {"{\n  \"lines\": {]\n}",                                                                             "line 2, column 13"                                               },
-      {R"({"lines": {"A": {}, "A": {}}})",                                                                  "duplicate key \"A\""                                             },
-      {R"({"lines": {}, "line": 1})",                                                                       "/line: there is no such key; the keys are lines"                 },
-      {R"({"lines": {}})",                                                                                  "/lines: a line is needed"                                        },
-      {R"({"lines": {"A/B": {}}})",                                                                         "/lines/A/B: the name of a line has"                              },
-      {R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})",                                    "/lines/A: \"path\" is missing"                                   },
-      {R"({"lines": {"EIO1": {"path": "/dev/a", "settings": "2400,n,8,1"}}})",
-       "/lines/EIO1/settings: there is no such"                                                                                                                               },
-      {R"({"lines": {"EIO1": {"path": "/dev/a", "devices": {"x": {"kind": "envir"}}}}})",                   "only di is at EIO1"                                              },
-      {line(R"("devices": {})"),                                                                            "/lines/A: \"settings\" is missing"                               },
-      {line(R"("settings": "2400,n,8", "devices": {})"),                                                    "/lines/A/settings: line settings \"2400,n,8\": four fields"      },
-      {line(R"("settings": "2400,n,8,1", "timeout": 6, "devices": {})"),                                    "/lines/A/timeout: a text is needed"                              },
-      {line(R"("settings": "2400,n,8,1", "timeout": "6", "devices": {})"),                                  "PER_BYTE,CONSTANT"                                               },
-      {line(R"("settings": "2400,n,8,1", "devices": {})"),                                                  "/lines/A/devices: a device is needed"                            },
-      {device(""),                                                                                          "/lines/A/devices/probe: \"kind\" is missing"                     },
-      {device(R"("kind": "toaster")"),                                                                      "/probe/kind: there is no kind \"toaster\"; the kinds are envir, "},
-      {device(R"("kind": "di")"),                                                                           "di is on no line"                                                },
-      {device(R"("kind": "camera")"),                                                                       "/probe/kind: a camera's poll takes a picture"                    },
-      {device(R"("kind": "ups", "address": 1)"),                                                            "/probe/address: ups has no address"                              },
-      {device(R"("kind": "envir", "address": 256)"),                                                        "/probe/address: a whole number from 0 to 255 is needed"          },
-      {device(R"("kind": "envir", "interval": "25h")"),                                                     "/probe/interval: a time "                                        },
-      {device(R"("kind": "ups", "show": "maker")"),                                                         "/probe/show: ups has no number \"maker\""                        },
-      {device(R"("kind": "envir", "scale": {"register_1": {"factor": 0}})"),                                "/register_1/factor: a number above 0"                            },
-      {device(R"("kind": "envir", "scale": {"heat": {}})"),                                                 "/scale/heat: envir has no number \"heat\""                       },
-      {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
-                     "B": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"y": {"kind": "ups"}}}}})",
-       "/lines/B/path: duplicate path: A has the same"                                                                                                                        },
-      {R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
-                     "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
-       "/lines/B/devices/x: duplicate name: a device on A has the same"                                                                                                       },
+  const auto expect_refusal = [](const std::string& text, const char* message) {
+    EXPECT_THAT(Refusal(text), HasSubstr(message)) << text;
   };
-  for (const auto& [text, message] : cases) EXPECT_THAT(Refusal(text), HasSubstr(message)) << text;
+  expect_refusal(R"({"lines": 1e999})", "line 1: the number 1e999 is out of range");
+  expect_refusal(deep, "/lines/A: more than 64 objects");
+  expect_refusal(large, "the file is too large; at most 1048576 bytes");
+  expect_refusal("{\n  \"lines\": {]\n}", "line 2, column 13");
+  expect_refusal(R"({"lines": {"A": {}, "A": {}}})", "duplicate key \"A\"");
+  expect_refusal(R"({"lines": {}, "line": 1})", "/line: there is no such key; the keys are lines");
+  expect_refusal(R"({"lines": {}})", "/lines: a line is needed");
+  expect_refusal(R"({"lines": {"A/B": {}}})", "/lines/A/B: the name of a line has");
+  expect_refusal(R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})", "/lines/A: \"path\" is missing");
+  expect_refusal(R"({"lines": {"EIO1": {"path": "/dev/a", "settings": "2400,n,8,1"}}})",
+                 "/lines/EIO1/settings: there is no such");
+  expect_refusal(R"({"lines": {"EIO1": {"path": "/dev/a", "devices": {"x": {"kind": "envir"}}}}})",
+                 "only di is at EIO1");
+  expect_refusal(line(R"("devices": {})"), "/lines/A: \"settings\" is missing");
+  expect_refusal(line(R"("settings": "2400,n,8", "devices": {})"),
+                 "/lines/A/settings: line settings \"2400,n,8\": four fields");
+  expect_refusal(line(R"("settings": "2400,n,8,1", "timeout": 6, "devices": {})"),
+                 "/lines/A/timeout: a text is needed");
+  expect_refusal(line(R"("settings": "2400,n,8,1", "timeout": "6", "devices": {})"), "PER_BYTE,CONSTANT");
+  expect_refusal(line(R"("settings": "2400,n,8,1", "devices": {})"), "/lines/A/devices: a device is needed");
+  expect_refusal(device(""), "/lines/A/devices/probe: \"kind\" is missing");
+  expect_refusal(device(R"("kind": "toaster")"), "/probe/kind: there is no kind \"toaster\"; the kinds are envir, ");
+  expect_refusal(device(R"("kind": "di")"), "di is on no line");
+  expect_refusal(device(R"("kind": "camera")"), "/probe/kind: a camera's poll takes a picture");
+  expect_refusal(device(R"("kind": "ups", "address": 1)"), "/probe/address: ups has no address");
+  expect_refusal(device(R"("kind": "envir", "address": 256)"),
+                 "/probe/address: a whole number from 0 to 255 is needed");
+  expect_refusal(device(R"("kind": "envir", "interval": "25h")"), "/probe/interval: a time ");
+  expect_refusal(device(R"("kind": "ups", "show": "maker")"), "/probe/show: ups has no number \"maker\"");
+  expect_refusal(device(R"("kind": "envir", "scale": {"register_1": {"factor": 0}})"),
+                 "/register_1/factor: a number above 0");
+  expect_refusal(device(R"("kind": "envir", "scale": {"heat": {}})"), "/scale/heat: envir has no number \"heat\"");
+  expect_refusal(R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
+                     "B": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"y": {"kind": "ups"}}}}})",
+                 "/lines/B/path: duplicate path: A has the same");
+  expect_refusal(R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
+                     "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
+                 "/lines/B/devices/x: duplicate name: a device on A has the same");
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ using test::ToHex;
 std::string Ask(AlarmBoard& board, const char* request) {
   std::vector<Reply> replies;
   const Bytes bytes = Hex(request);
-  EXPECT_EQ(board.Hear(bytes, false, replies), bytes.size()) << request;
+  EXPECT_EQ(board.Receive(bytes, false, replies), bytes.size()) << request;
   return replies.empty() ? "" : ToHex(replies[0].bytes);
 }
 
@@ -33,7 +33,7 @@ TEST(AlarmBoardTest, LeavesWhatIsDamagedIncompleteOrUnknown) {
   }
   std::vector<Reply> replies;
   for (const char* incomplete : {"AA 00 00 01 01", "AA 00 03 04 48 69 00 25", "01 AA 00 00 01 01 55", "AA 01 FB 04"}) {
-    EXPECT_EQ(board.Hear(Hex(incomplete), false, replies), 0u) << incomplete;
+    EXPECT_EQ(board.Receive(Hex(incomplete), false, replies), 0u) << incomplete;
   }
 }
 

@@ -56,7 +56,7 @@ Pixels Decode(const std::string& picture) {
 // What the device answers to a request, all replies in one.
 std::string Ask(Device& device, const Bytes& request) {
   std::vector<Reply> replies;
-  const std::size_t taken = device.Hear(request, false, replies);
+  const std::size_t taken = device.Receive(request, false, replies);
   EXPECT_EQ(taken, replies.empty() ? 0 : request.size());
   Bytes answer;
   for (const Reply& reply : replies) answer.insert(answer.end(), reply.bytes.begin(), reply.bytes.end());

@@ -18,7 +18,7 @@ using test::ToHex;
 // What the device answers to a request; nothing when it leaves the request to others.
 Bytes Ask(Device& device, const Bytes& request, bool silent = false) {
   std::vector<Reply> replies;
-  const std::size_t taken = device.Hear(request, silent, replies);
+  const std::size_t taken = device.Receive(request, silent, replies);
   EXPECT_EQ(taken, replies.empty() ? 0 : request.size());
   return replies.empty() ? Bytes() : replies[0].bytes;
 }
@@ -121,7 +121,7 @@ TEST(DisplayTest, ShowsWhatIsWritten) {
       {"5A A5 05 82 10 00 01 02",                0 },
   };
   std::vector<Reply> replies;
-  for (const auto& [frame, taken] : cases) EXPECT_EQ(display.Hear(Hex(frame), false, replies), taken) << frame;
+  for (const auto& [frame, taken] : cases) EXPECT_EQ(display.Receive(Hex(frame), false, replies), taken) << frame;
   EXPECT_TRUE(replies.empty());
   EXPECT_EQ(changes, 4);
   EXPECT_EQ(display.Screen(),

@@ -70,13 +70,13 @@ TEST_F(AlarmVerb, SaysWhyAnOperationFailed) {
   const TempDirectory directory;
   directory.WriteFile("empty", "");
   const std::tuple<std::vector<std::string>, int, const char*> cases[] = {
-      {{"mms", "text", directory.Path("empty")},              5, "the board refuses the MMS with status 9"  },
-      {{"mms", "text", directory.Path("none")},               2, "can't be read"                            },
-      {{"mms", "text", directory.Path().string()},            2, "can't be read"                            },
-      {{"relay", "256", "1"},                                 2, "a number from 0 to 255"                   },
+      {{"mms", "text", directory.Path("empty")},              5, "the board refuses the MMS with status 9"       },
+      {{"mms", "text", directory.Path("none")},               2, "can't be read"                                 },
+      {{"mms", "text", directory.Path().string()},            2, "can't be read"                                 },
+      {{"relay", "256", "1"},                                 2, "a number from 0 to 255"                        },
       {{"speak", std::string(506, 'x')},                      2, "507 bytes with the final zero; at most 506 fit"},
-      {{"sms", std::string(250, '1'), std::string(255, 'x')}, 2, "NUMBER and TEXT together"                 },
-      {{},                                                    2, "subcommand is required"                   },
+      {{"sms", std::string(250, '1'), std::string(255, 'x')}, 2, "NUMBER and TEXT together"                      },
+      {{},                                                    2, "subcommand is required"                        },
   };
   for (const auto& [arguments, status, message] : cases) {
     const ToolResult result = RunOn("alarm", arguments, line_);

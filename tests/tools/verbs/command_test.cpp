@@ -42,7 +42,7 @@ TEST(Command, SaysWhatIsWrongWithAnArgument) {
       {"sim envir --set heat=1",                   "there are humidity, temperature"                   },
       {"sim envir --set temperature=hot",          "is not a number from"                              },
       {"sim envir --set temperature",              "write NAME=VALUE"                                  },
-      {"sim envir --fault melt",                   "drop, corrupt, truncate, noise or delay"           },
+      {"sim envir --fault melt",                   "drop, corrupt, truncate, noise, trail, repeat, "   },
       {"sim envir --fault drop:every=0",           "corrupt:every=3"                                   },
       {"sim envir --fault drop:p=1.5",             "corrupt:every=3"                                   },
       {"sim envir ups --one-line",                 "ups has no address"                                },
@@ -81,7 +81,7 @@ TEST(Sim, SuggestsCommandsThatWork) {
   EXPECT_THAT(result.err, HasSubstr(" -> 07 03 00 00 00 02 C4 6D\n"));
 }
 
-TEST(Sim, InjuresRepliesAsTold) {
+TEST(Sim, DamagesRepliesAsAsked) {
   ToolProcess sim("sim envir --fault drop:nth=1 --fault corrupt:p=0,every=2");
   ASSERT_TRUE(sim.WaitForOutput(":2400,n,8,1\n"));
   const std::string poll = Suggestion(sim.output(), 1) + " --timeout 0,1000 --count 3 --interval 0";
@@ -105,34 +105,32 @@ TEST(EveryVerb, SaysTheSameOnAPipeAndOnATerminal) {
   ASSERT_TRUE(sim.WaitForOutput("fieldline poll di --map EIO1=" + room + "/EIO1\"}\n"));
   const std::string to_probe = kPatiently + room + "/ESL1";
   // Without a text for the standard error there is none.
-  const std::tuple<std::string, int, const char*, const char*> cases[] = {
-      {"poll envir" + to_probe,                                                               0, "\n  register_1  ",               ""                           },
-      {"poll envir --timeout 0,100 --address 9 --port " + room + "/ESL1",                     4, "",                               "envir at address 9: nothing"},
-      {"poll di --map EIO1=" + room + "/EIO1",                                                0, "\n  input_1..8  ",               ""                           },
-      {"poll di --json --map EIO1=" + room + "/EIO1",                                         0, "\"address\":null,\"port\":null", ""                           },
-      {"poll di --map EIO1=/dev/no-inputs",                                                   3, "",                               "EIO1: can't be read"        },
-      {"poll card --json --timeout 0,400 --port " + room + "/COM2",                           0, "\"address\":null,\"port\":\"/",  ""                           },
-      {"test-port envir@2" + to_probe,                                                        0, "\n  register_1  ",               ""                           },
-      {"alarm signal" + (kPatiently + room) + "/COM3",                                        0, "\n  signal_quality  ",           ""                           },
-      {"display page 1 --port " + room + "/COM4",                                             0, "display page sent on ",          ""                           },
-      {"scan envir --quiet --from 1 --to 1" + to_probe,                                       0, "address 1: envir, ",             ""                           },
-      {"raw 010300000002 --append crc16 --timeout 0,400 --port " + room + "/ESL1:2400,n,8,1", 0, "CRC good\n",
-       "sent 01 03"                                                                                                                                             },
-      {"watch --json --count 1 " + site,                                                      0, "\"device\":\"aisle\"",           "aisle: 1 poll, 1 good"      },
-      {"watch --json --count 1 --quiet " + site,                                              0, "\"device\":\"aisle\"",           ""                           },
-      {"kinds",                                                                               0, "power-unit  power unit",         ""                           },
-      {"record leak --json",                                                                  0, "\"name\":\"leak\"",              ""                           },
-      {"sim --list",                                                                          0, "  temperature = ",               ""                           },
-      {"poll leak --port COM9x",                                                              2, "",                               "is not a device name"       },
-  };
-  for (const auto& [words, status, out, err] : cases) {
+  const auto expect = [&](const std::string& words, int status, const char* out, const char* err) {
     const ToolResult pipe = ExpectTool(words, status, out, err);
     EXPECT_EQ(pipe.err.empty(), *err == '\0') << words << pipe.err;
     EXPECT_EQ((pipe.out + pipe.err).find('\033'), std::string::npos) << words;
     const ToolResult terminal = RunTool(words, Output::kTerminals);
     EXPECT_EQ(terminal.status, status) << words;
     EXPECT_EQ(WithoutNumbers(terminal.out), WithoutNumbers(pipe.out)) << words;
-  }
+  };
+  expect("poll envir" + to_probe, 0, "\n  register_1  ", "");
+  expect("poll envir --timeout 0,100 --address 9 --port " + room + "/ESL1", 4, "", "envir at address 9: nothing");
+  expect("poll di --map EIO1=" + room + "/EIO1", 0, "\n  input_1..8  ", "");
+  expect("poll di --json --map EIO1=" + room + "/EIO1", 0, "\"address\":null,\"port\":null", "");
+  expect("poll di --map EIO1=/dev/no-inputs", 3, "", "EIO1: can't be read");
+  expect("poll card --json --timeout 0,400 --port " + room + "/COM2", 0, "\"address\":null,\"port\":\"/", "");
+  expect("test-port envir@2" + to_probe, 0, "\n  register_1  ", "");
+  expect("alarm signal" + (kPatiently + room) + "/COM3", 0, "\n  signal_quality  ", "");
+  expect("display page 1 --port " + room + "/COM4", 0, "display page sent on ", "");
+  expect("scan envir --quiet --from 1 --to 1" + to_probe, 0, "address 1: envir, ", "");
+  expect("raw 010300000002 --append crc16 --timeout 0,400 --port " + room + "/ESL1:2400,n,8,1", 0, "CRC good\n",
+         "sent 01 03");
+  expect("watch --json --count 1 " + site, 0, "\"device\":\"aisle\"", "aisle: 1 poll, 1 good");
+  expect("watch --json --count 1 --quiet " + site, 0, "\"device\":\"aisle\"", "");
+  expect("kinds", 0, "power-unit  power unit", "");
+  expect("record leak --json", 0, "\"name\":\"leak\"", "");
+  expect("sim --list", 0, "  temperature = ", "");
+  expect("poll leak --port COM9x", 2, "", "is not a device name");
 
   std::istringstream kinds(RunTool("sim --list --json").out);
   std::size_t numbers = 0;

@@ -9,7 +9,7 @@ namespace {
 
 TEST(Poll, ShowsTheRecordAndATrace) {
   const SimulatedLine line("envir");
-  // Without '=' the word behind --trace is an argument of its own.
+  // Without '=' the word after --trace is a separate argument.
   const ToolResult result = ExpectTool("poll --trace envir" + (kPatiently + line.Path()), 0,
                                        "\n  register_1  235\n  register_0  450\n", " -> 01 03 00 00 00 02 C4 0B\n");
   EXPECT_THAT(result.out, StartsWith("envir at address 1 on " + line.Path() + ":2400,n,8,1, "));

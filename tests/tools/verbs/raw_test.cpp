@@ -7,17 +7,16 @@ namespace {
 TEST(Raw, SendsWhatIsWrittenAndCompletesIt) {
   SimulatedLine silent;
   ASSERT_TRUE(silent.Start());
+  // The last request is ~20014641E00201FD36 and a carriage return.
   const std::pair<std::vector<std::string>, const char*> cases[] = {
       {{"01", "0203", "04 05"},                       "01 02 03 04 05"                                             },
       {{"--text", "AB\\x43\\r\\n\\\\"},               "41 42 43 0D 0A 5C"                                          },
       {{"010300000002", "--append", "crc16"},         "01 03 00 00 00 02 C4 0B"                                    },
       {{"--append", "alarm", "--", "32", "01", "01"}, "AA 00 02 32 01 01 32 55"                                    },
- // ~20014641E00201FD36 and a carriage return
       {{"20 01 46 41 01", "--append", "hex-ascii"},   "7E 32 30 30 31 34 36 34 31 45 30 30 32 30 31 46 44 33 36 0D"},
   };
   for (const auto& [words, request] : cases) {
-    std::vector<std::string> arguments = {"raw", "--port", silent.Path(), "--timeout",
-                                          "0,1", "--wait", "1ms",         "--json"};
+    std::vector<std::string> arguments = {"raw", "--port", silent.Path(), "--timeout=0,1", "--wait=1ms", "--json"};
     arguments.insert(arguments.end(), words.begin(), words.end());
     const ToolResult result = RunTool(arguments);
     EXPECT_EQ(result.status, 4) << result.err;

@@ -41,8 +41,7 @@ TEST(Scan, WarnsOfAnEchoAndEnds) {
   SimulatedLine line;
   line.Add(std::make_unique<Parrot>());
   ASSERT_TRUE(line.Start());
-  const ToolResult result =
-      ExpectTool(Scan(line, "envir --timeout 0,500"), 5, "", "every address echoes the request");
+  const ToolResult result = ExpectTool(Scan(line, "envir --timeout 0,500"), 5, "", "every address echoes the request");
   EXPECT_EQ(std::ranges::count(result.out, '\n'), 3) << result.out;
 }
 

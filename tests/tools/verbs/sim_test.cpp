@@ -46,7 +46,8 @@ TEST(SimulatedRoom, StartsNothingThatIsWrongInPart) {
       {R"({"events": [{"at": "soon"}]})",                          ": /events/0/at: a time (milliseconds, or 250ms, 5s"     },
       {R"({"events": [{"at": 1, "unplug": ["EIO1"]}]})",           ": /events/0/unplug/0: there is no serial line \"EIO1\"" },
       {R"({"faults": {"ESL1": [{"fault": "melt"}]}})",             ": /faults/ESL1/0/fault: drop, corrupt, truncate, "      },
-      {R"({"faults": {"ESL1": [{"fault": "drop", "delay": 5}]}})", "/0/delay: only the fault \"delay\" has a time"          },
+      {R"({"faults": {"ESL1": [{"fault": "drop", "delay": 5}]}})",
+       "/0/delay: only the faults \"delay\" and \"deaf\" have a time"                                                       },
   };
   const TempDirectory directory;
   const std::string file = directory.Path("scenario.json");

@@ -58,7 +58,7 @@ TEST(Watch, PollsEveryDeviceOfEveryLine) {
   for (const char* device : {"a1", "a2", "b1", "c1", "own"}) EXPECT_EQ(polls[device], 3) << device;
 }
 
-TEST(Watch, ReopensALineThatVanished) {
+TEST(Watch, ReopensALineThatWasGone) {
   const TempDirectory directory;
   const std::string link = directory.Path("line");
   SimulatedLine line;
