@@ -129,6 +129,13 @@ std::string Join(std::span<const std::string> parts, std::string_view between) {
   return text;
 }
 
+std::string CsvCell(std::string_view text) {
+  if (text.find_first_of(",\"\r\n") == text.npos) return std::string(text);
+  std::string cell = "\"";
+  for (const char c : text) cell += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return cell + '"';
+}
+
 std::string IsoTime(Time time, int digits) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);

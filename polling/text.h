@@ -35,6 +35,9 @@ std::string DidYouMean(std::string_view text, std::span<const std::string> candi
 // "a, b, c"
 std::string Join(std::span<const std::string> parts, std::string_view between = ", ");
 
+// A cell of a CSV file: in quotation marks where the text would be taken for several cells or rows.
+std::string CsvCell(std::string_view text);
+
 using Time = std::chrono::system_clock::time_point;
 
 // 2024-05-17T13:45:00.123Z, with up to six digits of the second's fraction.

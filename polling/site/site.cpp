@@ -8,6 +8,7 @@
 #include "polling/kind_name.h"
 #include "polling/record/kind_fields.h"
 #include "polling/site/json_file.h"
+#include "polling/site/service_settings.h"
 #include "polling/usage_error.h"
 
 namespace fieldline {
@@ -27,7 +28,8 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({"lines"});
+    node.RequireObject({kUnitKey, kHistoryKey, "lines"});
+    site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, line] : lines.Members()) site_.lines.push_back(ReadLine(name, line));
     if (site_.lines.empty()) lines.Refuse("a line is needed");

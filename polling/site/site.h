@@ -9,6 +9,7 @@
 #include "fieldline/kinds.h"
 #include "polling/record/record_field.h"
 #include "polling/site/line_config.h"
+#include "polling/site/service_settings.h"
 
 namespace fieldline {
 
@@ -35,6 +36,7 @@ struct Site {
   Site(Site&&) = default;
 
   std::vector<SiteLine> lines;
+  ServiceSettings service;
   std::deque<std::string> texts;  // the fields' names and units point into these
 };
 

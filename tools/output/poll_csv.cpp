@@ -5,15 +5,6 @@
 namespace fieldline::tool {
 namespace {
 
-// Quotes a value that would otherwise be read as several cells, or as a formula by a spreadsheet.
-std::string Cell(const std::string& text) {
-  const bool plain = text.find_first_of(",\"\r\n") == text.npos && text.find_first_of("=+-@") != 0;
-  if (plain) return text;
-  std::string cell = "\"";
-  for (const char c : text) cell += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return cell + '"';
-}
-
 template <typename Visit>
 void VisitNumbers(Fields fields, Visit visit) {
   for (const RecordField& field : fields) {
@@ -27,7 +18,7 @@ std::string CsvHeadings(Fields fields) {
   std::string row = "time,ok,error,duration_ms";
   VisitNumbers(fields, [&](const RecordField& field, int index) {
     const std::string unit = field.unit.empty() ? "" : " (" + std::string(field.unit) + ')';
-    row += ',' + Cell(FieldName(field, index) + unit);
+    row += ',' + CsvCell(FieldName(field, index) + unit);
   });
   return row + '\n';
 }
@@ -38,7 +29,7 @@ std::string CsvRow(Fields fields, const PollResult& result) {
   VisitNumbers(fields, [&](const RecordField& field, int index) {
     row += ',';
     if (result.record.empty()) return;
-    row += IsText(field) ? Cell(RecordText(field, result.record.data()))
+    row += IsText(field) ? CsvCell(RecordText(field, result.record.data()))
                          : NumberText(field, RawNumber(field, result.record.data(), index));
   });
   return row + '\n';

@@ -1,0 +1,55 @@
+#pragma once
+
+// The tables of a history. Times are milliseconds since 1970, UTC.
+//
+// A reading that repeats the one before takes no row: a value holds from its row on, as long as polls of its device
+// succeed without a gap, which `good` tells. So a room where nothing changes costs one updated row a device.
+namespace fieldline::service {
+
+constexpr int kSchemaVersion = 1;
+
+constexpr char kSchema[] = R"(
+  -- One for each start of the service, and each time that the clock was set: within a run time only goes forward.
+  CREATE TABLE IF NOT EXISTS run (id INTEGER PRIMARY KEY, began INTEGER NOT NULL);
+
+  CREATE TABLE IF NOT EXISTS device (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);
+
+  -- A field of a device, as it was scaled: its physical value is the number divided by the factor, plus the offset.
+  CREATE TABLE IF NOT EXISTS series (
+    id INTEGER PRIMARY KEY, device INTEGER NOT NULL, field TEXT NOT NULL, unit TEXT NOT NULL, factor REAL NOT NULL,
+    offset REAL NOT NULL, UNIQUE (device, field, unit, factor, offset));
+
+  -- What the record held from `time` on: a whole number, or a text.
+  CREATE TABLE IF NOT EXISTS reading (
+    series INTEGER NOT NULL, run INTEGER NOT NULL, time INTEGER NOT NULL, value NOT NULL,
+    PRIMARY KEY (series, run, time)) WITHOUT ROWID;
+
+  -- Polls that all succeeded, from the first to the last of them.
+  CREATE TABLE IF NOT EXISTS good (
+    id INTEGER PRIMARY KEY, device INTEGER NOT NULL, run INTEGER NOT NULL, began INTEGER NOT NULL,
+    ended INTEGER NOT NULL, polls INTEGER NOT NULL);
+  CREATE INDEX IF NOT EXISTS good_by_time ON good (device, ended);
+  CREATE INDEX IF NOT EXISTS good_by_run ON good (run, ended);
+
+  -- Polls that all failed for the same reason.
+  CREATE TABLE IF NOT EXISTS failure (
+    id INTEGER PRIMARY KEY, device INTEGER NOT NULL, run INTEGER NOT NULL, began INTEGER NOT NULL,
+    ended INTEGER NOT NULL, polls INTEGER NOT NULL, code TEXT NOT NULL, message TEXT NOT NULL);
+  CREATE INDEX IF NOT EXISTS failure_by_time ON failure (device, ended);
+
+  -- A line that could not be used any more, with the reason, or that came back, without one.
+  CREATE TABLE IF NOT EXISTS line_change (
+    id INTEGER PRIMARY KEY, line TEXT NOT NULL, time INTEGER NOT NULL, code TEXT, message TEXT);
+
+  -- Five minutes of a series from `slot` on, in the unit of the series. A slot like the one before takes no row.
+  CREATE TABLE IF NOT EXISTS summary (
+    series INTEGER NOT NULL, slot INTEGER NOT NULL, least REAL NOT NULL, mean REAL NOT NULL, most REAL NOT NULL,
+    PRIMARY KEY (series, slot)) WITHOUT ROWID;
+
+  -- Up to when summaries were made, and from when on all readings are there.
+  CREATE TABLE IF NOT EXISTS progress (
+    id INTEGER PRIMARY KEY CHECK (id = 1), summarised INTEGER NOT NULL, readings_from INTEGER NOT NULL);
+  INSERT INTO progress VALUES (1, 0, 0) ON CONFLICT DO NOTHING;
+)";
+
+}  // namespace fieldline::service

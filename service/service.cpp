@@ -1,0 +1,61 @@
+#include "service/service.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+#include <vector>
+
+#include "fieldline/platform/console.h"
+#include "fieldline/platform/service_manager.h"
+#include "polling/text.h"
+#include "service/change_log.h"
+#include "service/history/history_writer.h"
+#include "service/room_watch.h"
+#include "service/say.h"
+
+namespace fieldline::service {
+namespace {
+
+using namespace std::chrono_literals;
+
+// How often to tell the service manager that all is well: well before it loses patience.
+int BeatInterval() {
+  constexpr std::chrono::milliseconds kMost = 10s;
+  const std::chrono::milliseconds patience = ServiceWatchdogTime();
+  return static_cast<int>((patience > 0ms ? std::min(patience / 3, kMost) : kMost).count());
+}
+
+}  // namespace
+
+std::string HistoryPath(const std::string& state_directory) { return state_directory + "/history.db"; }
+
+ExitCode RunService(const Site& site, const std::string& state_directory) {
+  const std::vector<WatchedDevice> devices = DevicesOf(site);
+  ChangeLog changes(devices);
+  HistoryWriter history(HistoryPath(state_directory), devices, site.service.history, Say);
+  RoomWatch room(site, [&](std::size_t device, const PollResult& result) {
+    changes.Add(device, result);
+    history.Add(EntryOf(device, result));
+  });
+  try {
+    room.Start();
+  } catch (const std::system_error& error) {
+    Interrupt();
+    Say("no thread can be made for each line: " + std::string(error.what()));
+    return ExitCode::kSomeFailed;
+  }
+  NotifyServiceManager("READY=1");
+  Say("unit " + site.service.unit + ": " + std::to_string(devices.size()) + " devices on " +
+      std::to_string(site.lines.size()) + " lines");
+  bool was_alive = true;
+  do {
+    const bool is_alive = room.IsAlive();
+    if (is_alive) NotifyServiceManager("WATCHDOG=1");
+    if (was_alive && !is_alive) Say("a line hangs: its poll has not come back");
+    was_alive = is_alive;
+  } while (SleepUnlessInterrupted(BeatInterval()));
+  NotifyServiceManager("STOPPING=1");
+  return ExitCode::kGood;
+}
+
+}  // namespace fieldline::service
