@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "polling/line_worker.h"
+#include "polling/watch/line_worker.h"
 #include "service/watched_device.h"
 
 namespace fieldline::service {
