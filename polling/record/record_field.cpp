@@ -103,13 +103,15 @@ std::string RecordText(const RecordField& field, const BYTE* record) {
   return utf8;
 }
 
+long long SignedNumber(const RecordField& field, long long raw) {
+  if (field.signed_bits == 0) return raw;
+  const long long span = 1LL << field.signed_bits;
+  raw &= span - 1;
+  return raw >= span / 2 ? raw - span : raw;
+}
+
 double Physical(const RecordField& field, long long raw) {
-  if (field.signed_bits != 0) {
-    const long long span = 1LL << field.signed_bits;
-    raw &= span - 1;
-    if (raw >= span / 2) raw -= span;
-  }
-  return static_cast<double>(raw) / field.factor + field.offset;
+  return static_cast<double>(SignedNumber(field, raw)) / field.factor + field.offset;
 }
 
 std::string PhysicalText(const RecordField& field, long long raw) {

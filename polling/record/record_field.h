@@ -74,6 +74,9 @@ bool IsPhysical(const RecordField& field);
 // Whether a physical value lies in the field's range.
 bool IsPlausible(const RecordField& field, double physical);
 
+// A raw number with its sign, when the device sends a signed one.
+long long SignedNumber(const RecordField& field, long long raw);
+
 // A raw number in the field's unit, as number and as text with the unit. The text is empty for a field that is not
 // physical.
 double Physical(const RecordField& field, long long raw);

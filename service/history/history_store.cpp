@@ -141,7 +141,7 @@ void HistoryStore::AddGood(Device& device, UnixTime time, const Bytes& record) {
       statements_->add_reading.Bind(series.id, run_, time, std::string_view(text)).Run();
       series.last = text;
     } else {
-      const std::int64_t number = RawNumber(*series.field, record.data());
+      const std::int64_t number = SignedNumber(*series.field, RawNumber(*series.field, record.data()));
       if (series.last == Value(number)) continue;
       statements_->add_reading.Bind(series.id, run_, time, number).Run();
       series.last = number;

@@ -19,7 +19,7 @@ constexpr char kSchema[] = R"(
     id INTEGER PRIMARY KEY, device INTEGER NOT NULL, field TEXT NOT NULL, unit TEXT NOT NULL, factor REAL NOT NULL,
     offset REAL NOT NULL, UNIQUE (device, field, unit, factor, offset));
 
-  -- What the record held from `time` on: a whole number, or a text.
+  -- What the record held from `time` on: a whole number with its sign, or a text.
   CREATE TABLE IF NOT EXISTS reading (
     series INTEGER NOT NULL, run INTEGER NOT NULL, time INTEGER NOT NULL, value NOT NULL,
     PRIMARY KEY (series, run, time)) WITHOUT ROWID;
