@@ -29,7 +29,7 @@ install(
   FILES_MATCHING
   PATTERN *.h
   PATTERN platform/${FIELDLINE_PLATFORM} EXCLUDE
-  REGEX /platform/\(clock|console|device_path|digital_inputs|pseudo_terminal|text\)\\.h$ EXCLUDE)
+  REGEX /platform/\(clock|console|device_path|digital_inputs|directory_lock|output_file|pseudo_terminal|service_manager|text\)\\.h$ EXCLUDE)
 
 # The library depends on nothing, so the list of targets is the whole package configuration.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/fieldline)
