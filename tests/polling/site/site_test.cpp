@@ -64,7 +64,7 @@ TEST(Site, IsCheckedWhole) {
   expect_refusal(large, "the file is too large; at most 1048576 bytes");
   expect_refusal("{\n  \"lines\": {]\n}", "line 2, column 13");
   expect_refusal(R"({"lines": {"A": {}, "A": {}}})", "duplicate key \"A\"");
-  expect_refusal(R"({"lines": {}, "line": 1})", "/line: there is no such key; the keys are lines");
+  expect_refusal(R"({"lines": {}, "line": 1})", "/line: there is no such key; the keys are unit, ");
   expect_refusal(R"({"lines": {}})", "/lines: a line is needed");
   expect_refusal(R"({"lines": {"A/B": {}}})", "/lines/A/B: the name of a line has");
   expect_refusal(R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})", "/lines/A: \"path\" is missing");
