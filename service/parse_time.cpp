@@ -30,7 +30,9 @@ std::optional<Time> ParseDay(std::string_view& text) {
   if (!day) return std::nullopt;
   const std::chrono::year_month_day date(std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
                                          std::chrono::day(static_cast<unsigned>(*day)));
-  return date.ok() ? std::optional<Time>(std::chrono::sys_days(date)) : std::nullopt;
+  if (!date.ok()) return std::nullopt;
+  const std::chrono::sys_days midnight = date;
+  return midnight;
 }
 
 std::optional<Time> ParseIso(std::string_view text) {

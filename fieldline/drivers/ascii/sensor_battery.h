@@ -30,6 +30,6 @@ class FIELDLINE_API CSensorBattery : public fieldline::RecordSensor<BATTERY_DATA
   CSensorBattery();
 
   // One exchange with the monitor at address `addr` (low byte). A successful poll then waits 2 s before it returns, so
-  // that the next request comes no earlier, whoever polls. On failure the record stays as it was.
+  // that the next request comes no earlier. On failure the record stays as it was.
   int GetData(ISerBase* port, int addr) override;
 };
