@@ -1,7 +1,6 @@
 #include "service/room_watch.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace fieldline::service {
 namespace {
@@ -11,11 +10,13 @@ constexpr std::chrono::milliseconds kSlowest = std::chrono::minutes(10);
 
 }  // namespace
 
-RoomWatch::RoomWatch(const Site& site, Report report) : trace_("") {
+RoomWatch::RoomWatch(const Site& site, const Report& report) : trace_("") {
   std::size_t first = 0;
   for (const SiteLine& site_line : site.lines) {
     const auto slowest = std::ranges::max(site_line.devices, {}, &SiteDevice::interval).interval;
-    Line& line = lines_.emplace_back(slowest + kSlowest, Clock::now().time_since_epoch().count());
+    Line& line = lines_.emplace_back();
+    line.longest_quiet = slowest + kSlowest;
+    line.last_report = Clock::now().time_since_epoch().count();
     const SiteDevice* const devices = site_line.devices.data();
     workers_.emplace_back(site_line, WatchLimits{}, trace_,
                           [report, first, devices, &line](const SiteDevice& device, const PollResult& result) {

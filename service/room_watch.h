@@ -19,7 +19,7 @@ class RoomWatch {
   using Report = std::function<void(std::size_t device, const PollResult& result)>;
 
   // `site` must outlive this.
-  RoomWatch(const Site& site, Report report);
+  RoomWatch(const Site& site, const Report& report);
 
   // Throws std::system_error when a thread can't be made.
   void Start();
@@ -31,8 +31,8 @@ class RoomWatch {
   using Clock = std::chrono::steady_clock;
 
   struct Line {
-    std::chrono::milliseconds longest_quiet;
-    std::atomic<Clock::rep> last_report;
+    std::chrono::milliseconds longest_quiet{0};
+    std::atomic<Clock::rep> last_report = 0;
   };
 
   TraceOutput trace_;

@@ -14,7 +14,7 @@ namespace {
 std::string ReadUnit(const JsonNode& node) {
   constexpr std::size_t kMost = 64;
   constexpr auto is_allowed = [](unsigned char c) { return std::isalnum(c) != 0 || c == '-' || c == '_' || c == '.'; };
-  const std::string name = node.Text();
+  std::string name = node.Text();
   if (name.empty() || name.size() > kMost || !std::ranges::all_of(name, is_allowed)) {
     node.Refuse("the name of a unit has 1 to 64 letters, digits, dots, dashes and underscores");
   }

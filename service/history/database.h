@@ -60,6 +60,7 @@ class Statement {
   void BindOne(int position, int value) { BindOne(position, static_cast<std::int64_t>(value)); }
   void BindOne(int position, double value);
   void BindOne(int position, std::string_view text);
+  void BindOne(int position, const std::string& text) { BindOne(position, std::string_view{text}); }
   void BindOne(int position, std::nullptr_t);
 
   Database& database_;

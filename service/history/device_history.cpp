@@ -6,7 +6,7 @@ namespace fieldline::service {
 
 DeviceHistory::DeviceHistory(Database& database, const std::string& device) : database_(database) {
   Statement find(database, "SELECT id FROM device WHERE name = ?");
-  if (!find.Bind(std::string_view(device)).Step()) return;
+  if (!find.Bind(device).Step()) return;
   device_ = find.Integer(0);
   Statement all(database, "SELECT id, field, unit, factor, offset FROM series WHERE device = ? ORDER BY id");
   all.Bind(device_);

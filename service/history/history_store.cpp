@@ -68,11 +68,9 @@ HistoryStore::HistoryStore(const std::string& path, std::span<const WatchedDevic
 }
 
 std::int64_t HistoryStore::DeviceId(const std::string& name) {
-  Statement(database_, "INSERT INTO device (name) VALUES (?) ON CONFLICT DO NOTHING")
-      .Bind(std::string_view(name))
-      .Run();
+  Statement(database_, "INSERT INTO device (name) VALUES (?) ON CONFLICT DO NOTHING").Bind(name).Run();
   Statement find(database_, "SELECT id FROM device WHERE name = ?");
-  find.Bind(std::string_view(name)).Step();
+  find.Bind(name).Step();
   return find.Integer(0);
 }
 
@@ -138,7 +136,7 @@ void HistoryStore::AddGood(Device& device, UnixTime time, const Bytes& record) {
     if (IsText(*series.field)) {
       const std::string text = RecordText(*series.field, record.data());
       if (series.last == Value(text)) continue;
-      statements_->add_reading.Bind(series.id, run_, time, std::string_view(text)).Run();
+      statements_->add_reading.Bind(series.id, run_, time, text).Run();
       series.last = text;
     } else {
       const std::int64_t number = SignedNumber(*series.field, RawNumber(*series.field, record.data()));
@@ -152,9 +150,7 @@ void HistoryStore::AddGood(Device& device, UnixTime time, const Bytes& record) {
 void HistoryStore::AddFailure(Device& device, UnixTime time, const HistoryEntry& entry) {
   if (device.failure.id == 0 || device.code != entry.code) {
     EndIntervals(device);
-    statements_->add_failure
-        .Bind(device.id, run_, time, time, 1, std::string_view(entry.code), std::string_view(entry.message))
-        .Run();
+    statements_->add_failure.Bind(device.id, run_, time, time, 1, entry.code, entry.message).Run();
     device.failure = {.id = database_.LastRowId(), .ended = time, .polls = 1};
     device.code = entry.code;
   } else {
@@ -168,11 +164,9 @@ void HistoryStore::AddLineState(const std::string& name, UnixTime time, const Hi
   if (line.code == code) return;
   line.code = code;
   if (entry.line_failed) {
-    statements_->add_line_change
-        .Bind(std::string_view(name), time, std::string_view(entry.code), std::string_view(entry.message))
-        .Run();
+    statements_->add_line_change.Bind(name, time, entry.code, entry.message).Run();
   } else {
-    statements_->add_line_change.Bind(std::string_view(name), time, nullptr, nullptr).Run();
+    statements_->add_line_change.Bind(name, time, nullptr, nullptr).Run();
   }
 }
 
