@@ -56,6 +56,13 @@ int DiscardQueued(int fd) {
   return queued;
 }
 
+// How long so many characters of ten bits take, in whole ms; at least 1.
+std::int64_t WireMs(int fd, int characters) {
+  termios2 settings;
+  if (ioctl(fd, TCGETS2, &settings) != 0 || settings.c_ospeed == 0) return 1;
+  return std::max<std::int64_t>(std::int64_t{characters} * 10'000 / settings.c_ospeed, 1);
+}
+
 tcflag_t DataBitFlags(std::uint32_t data_bits) {
   switch (data_bits) {
     case 5:
@@ -280,13 +287,18 @@ int SerialDevice::Write(const BYTE* data, int count) {
   }
 
   // The caller's read time-out starts when this returns, so the bytes must be on the wire. tcdrain() would wait forever
-  // on a halted line, and no poll event reports an empty queue.
+  // on a halted line, and no poll event reports an empty queue. So this looks again when the bytes should have left.
+  constexpr int kUsualFifo = 16;
+  int in_transmitter = kUsualFifo;
   for (;;) {
     const int queued = QueuedForSending(fd);
     if (queued < 0) return -1;
     if (queued == 0 && IsTransmitterEmpty()) return count;
-    if (deadline.RemainingNs() == 0) return give_up(handed_over);
-    if (IsGone(WaitFor(fd, 0, Deadline(1)))) return -1;
+    const std::int64_t remaining_ns = deadline.RemainingNs();
+    if (remaining_ns == 0) return give_up(handed_over);
+    const std::int64_t pause_ms = WireMs(fd, std::min(queued + in_transmitter, count));
+    if (IsGone(WaitFor(fd, 0, Deadline(std::min(pause_ms, remaining_ns / 1'000'000 + 1))))) return -1;
+    in_transmitter = 0;  // from now on every millisecond
   }
 }
 

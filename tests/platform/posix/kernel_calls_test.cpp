@@ -5,6 +5,7 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <functional>
 
@@ -193,6 +194,23 @@ TEST_F(KernelCallsTest, ADriverThatCannotTellOfItsTransmitterIsAskedOnceAnOpenin
   OpenNear();
   EXPECT_EQ(1, WriteNear({1}));
   EXPECT_EQ(2, asked) << "another adapter may be there now";
+}
+
+TEST_F(KernelCallsTest, ASlowTransmitterIsLookedAtWhenItShouldBeEmptyAndNotAllTheTime) {
+  OpenNear();
+  ASSERT_TRUE(near_.SetLine({.baud = 2400}));
+  const auto sent = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);  // twelve characters
+  int looks = 0;
+  kernel = [&](int fd, unsigned long request, void* argument) {
+    if (request != TIOCSERGETLSR) return __real_ioctl(fd, request, argument);
+    ++looks;
+    const bool empty = std::chrono::steady_clock::now() >= sent;
+    *static_cast<unsigned int*>(argument) = empty ? TIOCSER_TEMT : 0;
+    return 0;
+  };
+  EXPECT_EQ(12, WriteNear(Bytes(12)));
+  EXPECT_GE(std::chrono::steady_clock::now(), sent);
+  EXPECT_LE(looks, 5);
 }
 
 TEST_F(KernelCallsTest, AWriteOnAHaltedLineDiscardsTheRest) {
