@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <map>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "fieldline/platform/device_path.h"
 #include "fieldline/platform/posix/device_path.h"
@@ -16,14 +18,36 @@ namespace fieldline {
 
 namespace {
 
+// A list and no map of strings, whose templates would be a tenth of the whole library.
+struct Mapping {
+  std::unique_ptr<wchar_t[]> name;  // including the final colon
+  std::unique_ptr<char[]> path;
+  std::unique_ptr<Mapping> next;
+};
+
 struct DeviceMap {
   std::mutex mutex;
-  std::map<std::wstring, std::string, std::less<>> paths;  // by name, including the final colon
+  std::unique_ptr<Mapping> first;
 };
 
 DeviceMap& Devices() {
   static DeviceMap devices;
   return devices;
+}
+
+// Where the mapping of this name is, or the end of the list.
+std::unique_ptr<Mapping>* FindMapping(DeviceMap& devices, std::wstring_view name) {
+  std::unique_ptr<Mapping>* place = &devices.first;
+  while (*place && name != (*place)->name.get()) place = &(*place)->next;
+  return place;
+}
+
+// Null when memory is short.
+template <typename Character>
+std::unique_ptr<Character[]> Copy(std::basic_string_view<Character> text) {
+  std::unique_ptr<Character[]> copy(new (std::nothrow) Character[text.size() + 1]{});
+  if (copy) text.copy(copy.get(), text.size());
+  return copy;
 }
 
 bool HasFinalColon(const wchar_t* device) { return device != nullptr && std::wstring_view(device).ends_with(L':'); }
@@ -80,18 +104,23 @@ bool CopyDefaultPath(std::wstring_view name, PathBuffer& out) {
 
 int MapDevice(const wchar_t* device, const char* path) {
   if (!HasFinalColon(device)) return 0;
-  try {
-    DeviceMap& devices = Devices();
-    const std::lock_guard lock(devices.mutex);
-    if (path != nullptr) {
-      devices.paths.insert_or_assign(device, path);
-    } else if (const auto mapped = devices.paths.find(std::wstring_view(device)); mapped != devices.paths.end()) {
-      devices.paths.erase(mapped);
-    }
+  DeviceMap& devices = Devices();
+  const std::lock_guard lock(devices.mutex);
+  std::unique_ptr<Mapping>* const place = FindMapping(devices, device);
+  if (path == nullptr) {
+    if (*place) *place = std::move((*place)->next);
     return 1;
-  } catch (...) {
-    return 0;
   }
+  std::unique_ptr<char[]> copy = Copy(std::string_view(path));
+  if (!copy) return 0;
+  if (!*place) {
+    std::unique_ptr<wchar_t[]> name = Copy(std::wstring_view(device));
+    std::unique_ptr<Mapping> added(name ? new (std::nothrow) Mapping{std::move(name), {}, {}} : nullptr);
+    if (!added) return 0;
+    *place = std::move(added);
+  }
+  (*place)->path = std::move(copy);
+  return 1;
 }
 
 std::string DevicePath(const wchar_t* device) {
@@ -105,9 +134,7 @@ bool FindDevicePath(const wchar_t* device, PathBuffer& path) {
   {
     DeviceMap& devices = Devices();
     const std::lock_guard lock(devices.mutex);
-    if (const auto mapped = devices.paths.find(name); mapped != devices.paths.end()) {
-      return CopyPath(mapped->second, path);
-    }
+    if (const auto& mapping = *FindMapping(devices, name)) return CopyPath(mapping->path.get(), path);
   }
   name.remove_suffix(1);
   return CopyDefaultPath(name, path);

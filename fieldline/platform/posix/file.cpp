@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
+#include <memory>
 #include <mutex>
-#include <string>
+#include <new>
 
 #include "fieldline/platform/posix/open_file.h"
 #include "fieldline/platform/text.h"
@@ -17,7 +19,7 @@ namespace {
 
 struct FlashRoot {
   std::mutex mutex;
-  std::string directory;  // empty means "/"
+  std::unique_ptr<char[]> directory;  // null means "/"
 };
 
 FlashRoot& Root() {
@@ -31,8 +33,9 @@ bool HostPath(const char16_t* path, char (&out)[PATH_MAX]) {
   {
     FlashRoot& root = Root();
     const std::lock_guard lock(root.mutex);
-    if (root.directory.size() + 2 > sizeof out) return false;
-    length = root.directory.copy(out, root.directory.size());
+    length = root.directory ? std::strlen(root.directory.get()) : 0;
+    if (length + 2 > sizeof out) return false;
+    std::copy_n(root.directory.get(), length, out);
   }
   out[length++] = '/';
   const int room = static_cast<int>(sizeof out - length);
@@ -46,15 +49,17 @@ bool HostPath(const char16_t* path, char (&out)[PATH_MAX]) {
 }  // namespace
 
 int SetFlashRoot(const char* directory) {
-  try {
-    std::string chosen(directory != nullptr ? directory : "");
-    FlashRoot& root = Root();
-    const std::lock_guard lock(root.mutex);
-    root.directory.swap(chosen);
-    return 1;
-  } catch (...) {
-    return 0;
+  std::unique_ptr<char[]> chosen;
+  if (directory != nullptr) {
+    const std::size_t size = std::strlen(directory) + 1;
+    chosen.reset(new (std::nothrow) char[size]);
+    if (!chosen) return 0;
+    std::copy_n(directory, size, chosen.get());
   }
+  FlashRoot& root = Root();
+  const std::lock_guard lock(root.mutex);
+  root.directory.swap(chosen);
+  return 1;
 }
 
 bool File::Create(const char16_t* path) {
