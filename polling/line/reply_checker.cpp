@@ -30,7 +30,7 @@ void ReplyChecker::Begin(const PollManner& manner) {
   ready_.clear();
   any_received_ = false;
   gone_ = false;
-  if (const auto rest = ended_ + manner_.pause - Clock::now(); rest > 0ms) SleepUnlessInterrupted(CeilMs(rest));
+  if (const auto rest = silent_since_ + manner_.pause - Clock::now(); rest > 0ms) SleepUnlessInterrupted(CeilMs(rest));
 }
 
 LineReport ReplyChecker::End(bool good) {
@@ -38,6 +38,7 @@ LineReport ReplyChecker::End(bool good) {
   first.insert(first.end(), received_.begin(), received_.end());
   received_.clear();
   Clock::time_point first_at = Clock::now();
+  silent_since_ = first_at;
   if (!request_.empty() && !gone_ && !Interrupted()) {
     const bool silent =
         DiscardUntilSilent(good ? Silence() : std::max<milliseconds>(Silence(), kShortestSilence), first, first_at);
@@ -48,16 +49,15 @@ LineReport ReplyChecker::End(bool good) {
   } else if (!any_received_ && !first.empty()) {
     report_.late = std::chrono::ceil<milliseconds>(first_at - sent_at_);
   }
-  ended_ = Clock::now();
   return report_;
 }
 
 int ReplyChecker::Write(const BYTE* data, int count) {
-  if (!request_.empty()) AwaitSilence();
+  const bool silent = !request_.empty() && AwaitSilence();
   received_.clear();
   ready_.clear();
   any_received_ = false;
-  if (!device_.Purge()) return -1;
+  if (!silent && !device_.Purge()) return -1;
   request_.assign(data, data + count);
   const int written = device_.Write(data, count);
   sent_at_ = Clock::now();
@@ -66,12 +66,14 @@ int ReplyChecker::Write(const BYTE* data, int count) {
 
 // Waits until nothing more follows the last reply of this poll. Few replies say which request they answer, so a second
 // copy of that reply would be taken for the reply to the next request.
-void ReplyChecker::AwaitSilence() {
-  if (manner_.protocol->find_frame == nullptr || gone_ || Interrupted()) return;
+bool ReplyChecker::AwaitSilence() {
+  if (manner_.protocol->find_frame == nullptr || gone_ || Interrupted()) return false;
   Bytes first = std::exchange(received_, {});
   Clock::time_point first_at;
-  if (!DiscardUntilSilent(std::max<milliseconds>(Silence(), kShortestSilence), first, first_at)) report_.noise = true;
+  const bool silent = DiscardUntilSilent(std::max<milliseconds>(Silence(), kShortestSilence), first, first_at);
+  if (!silent) report_.noise = true;
   report_.trailing.insert(report_.trailing.end(), first.begin(), first.end());
+  return silent;
 }
 
 int ReplyChecker::Read(BYTE* data, int count) {
@@ -98,14 +100,10 @@ ReplyChecker::Clock::time_point ReplyChecker::DeadlineOf(int count) const {
 
 milliseconds ReplyChecker::Silence() const { return std::chrono::ceil<milliseconds>(character_ * 7 / 2); }
 
-// Receives bytes. Once part of a frame is there, waits no longer than a pause within a frame may last.
-bool ReplyChecker::Receive(Clock::time_point deadline) {
+bool ReplyChecker::Receive(Clock::time_point deadline, Clock::duration longest) {
   const auto now = Clock::now();
   if (now >= deadline || gone_ || Interrupted()) return false;
-  Clock::duration wait = std::min<Clock::duration>(deadline - now, kLongestWait);
-  const bool within_frame = !received_.empty();
-  if (within_frame) wait = std::min<Clock::duration>(wait, std::max<milliseconds>(Silence(), kShortestSilence));
-
+  const Clock::duration wait = std::min({deadline - now, longest, Clock::duration(kLongestWait)});
   BYTE bytes[512];
   const int count = device_.ReadSome(bytes, sizeof bytes, CeilMs(wait));
   gone_ = count < 0;
@@ -120,7 +118,7 @@ void ReplyChecker::AwaitBytes(std::size_t count, Clock::time_point deadline) {
   const auto began = Clock::now();
   while (received_.size() < count) {
     const bool silent_so_far = !any_received_;
-    if (!Receive(deadline)) break;
+    if (!Receive(deadline, kLongestWait)) break;
     if (silent_so_far && any_received_ && manner_.quick_silence) {
       deadline = began + (DeadlineOf(static_cast<int>(count)) - Clock::now());
     }
@@ -135,7 +133,9 @@ void ReplyChecker::AwaitFrame(Clock::time_point deadline) {
   for (;;) {
     const bool silent_so_far = !any_received_;
     const std::size_t before = received_.size();
-    const bool waiting = Receive(deadline);
+    // Once part of a frame is there, waits no longer than a pause within a frame may last.
+    const Clock::duration pause = std::max<milliseconds>(Silence(), kShortestSilence);
+    const bool waiting = Receive(deadline, before == 0 ? kLongestWait : pause);
     if (silent_so_far && any_received_ && manner_.quick_silence) {
       deadline = DeadlineOf(static_cast<int>(manner_.protocol->standard_length(request_)));
     }
@@ -182,6 +182,7 @@ bool ReplyChecker::DiscardUntilSilent(milliseconds silence, Bytes& first, Clock:
   constexpr std::size_t kMostKept = 64;
   const auto limit = Clock::now() + kLongestNoise;
   while (Clock::now() < limit) {
+    silent_since_ = Clock::now();
     BYTE bytes[512];
     const int count = device_.ReadSome(bytes, sizeof bytes, CeilMs(silence));
     if (count <= 0) return true;

@@ -16,7 +16,7 @@ namespace fieldline {
 struct PollManner {
   const WireProtocol* protocol;
   ReadTimeout timeout;
-  std::chrono::milliseconds pause{0};  // silence between the end of the last poll and this one
+  std::chrono::milliseconds pause{0};  // silence between the last byte of the last poll and this one
   bool any_address = false;            // accept a reply that carries another address
   bool quick_silence = false;          // give up when no byte is received within the time-out of one
 };
@@ -58,12 +58,12 @@ class ReplyChecker {
   int Write(const BYTE* data, int count);
 
  private:
-  // Returns whether more bytes may be received before the deadline.
-  bool Receive(Clock::time_point deadline);
+  // Waits for bytes, at most for the `longest` time. Returns whether more may be received before the deadline.
+  bool Receive(Clock::time_point deadline, Clock::duration longest);
   void AwaitBytes(std::size_t count, Clock::time_point deadline);
   void AwaitFrame(Clock::time_point deadline);
   bool TakeFrame(bool no_more);
-  void AwaitSilence();
+  bool AwaitSilence();  // whether it came
   void Drop(std::size_t count, Bytes& kept, std::string_view what);
   Clock::time_point DeadlineOf(int count) const;
   std::chrono::milliseconds Silence() const;
@@ -77,8 +77,8 @@ class ReplyChecker {
   LineReport report_;
   Bytes request_;
   Clock::time_point sent_at_;
-  Clock::time_point ended_;    // of the last poll
-  bool any_received_ = false;  // any byte received since the request
+  Clock::time_point silent_since_;  // after the last poll
+  bool any_received_ = false;       // any byte received since the request
   bool gone_ = false;
   Bytes received_;  // not yet recognised as a reply or as something else
   Bytes ready_;     // for the driver

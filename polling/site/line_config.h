@@ -38,7 +38,7 @@ struct LineConfig {
 // Options of polls, all resolved.
 struct PollOptions {
   ReadTimeout timeout;
-  std::chrono::milliseconds pause{0};  // from the end of a poll to the next request
+  std::chrono::milliseconds pause{0};  // from the last byte of a poll to the next request
   int retries = 0;                     // repetitions of a poll that nothing answers
   bool any_address = false;            // a reply may carry another address than its request
   bool quick_silence = false;          // see PollManner
