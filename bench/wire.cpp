@@ -196,7 +196,7 @@ bool OpenPort(CSerBase& port, const std::string& path, int baud, const ReadTimeo
 }
 
 // With a simulated device on a line that takes no time. Nothing when the poll failed.
-std::optional<Recording> Record(const Kind& kind) {
+std::optional<Recording> RecordOnce(const Kind& kind) {
   sim::Line line({.any_baud = true, .paced = false});
   line.Add(sim::Make(kind, static_cast<BYTE>(kind.address)));
   RecordingPort port;
@@ -206,10 +206,24 @@ std::optional<Recording> Record(const Kind& kind) {
   return good ? std::optional(Recording{port.transfers(), rest}) : std::nullopt;
 }
 
+// With the shortest pauses of some polls: a busy machine makes them longer.
+std::optional<Recording> Record(const Kind& kind) {
+  std::optional<Recording> recording = RecordOnce(kind);
+  for (int i = 0; i < 2 && recording; ++i) {
+    const std::optional<Recording> again = RecordOnce(kind);
+    if (!again || again->transfers.size() != recording->transfers.size()) return std::nullopt;
+    recording->rest = std::min(recording->rest, again->rest);
+    for (std::size_t t = 0; t < again->transfers.size(); ++t) {
+      recording->transfers[t].pause = std::min(recording->transfers[t].pause, again->transfers[t].pause);
+    }
+  }
+  return recording;
+}
+
 // The median of some polls. Nothing when one failed.
 std::optional<Milliseconds> Measure(const Kind& kind, const std::vector<Exchange>& exchanges, int baud,
                                     const ReadTimeout& timeout, Milliseconds bound) {
-  constexpr Milliseconds kEnough(1000);
+  constexpr Milliseconds kEnough(2000);
   const int polls = std::clamp(static_cast<int>(kEnough / bound), 1, 9);
   PacedFarEnd far_end(exchanges, baud);
   CSerBase port(SER_COM);
