@@ -64,7 +64,7 @@ TEST(Site, IsCheckedWhole) {
   expect_refusal(large, "the file is too large; at most 1048576 bytes");
   expect_refusal("{\n  \"lines\": {]\n}", "line 2, column 13");
   expect_refusal(R"({"lines": {"A": {}, "A": {}}})", "duplicate key \"A\"");
-  expect_refusal(R"({"lines": {}, "line": 1})", "/line: there is no such key; the keys are lines");
+  expect_refusal(R"({"lines": {}, "line": 1})", "/line: there is no such key; the keys are unit,");
   expect_refusal(R"({"lines": {}})", "/lines: a line is needed");
   expect_refusal(R"({"lines": {"A/B": {}}})", "/lines/A/B: the name of a line has");
   expect_refusal(R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})", "/lines/A: \"path\" is missing");
@@ -97,6 +97,27 @@ TEST(Site, IsCheckedWhole) {
   expect_refusal(R"({"lines": {"A": {"path": "/dev/a", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}},
                      "B": {"path": "/dev/b", "settings": "2400,n,8,1", "devices": {"x": {"kind": "ups"}}}}})",
                  "/lines/B/devices/x: duplicate name: a device on A has the same");
+}
+
+TEST(Site, ListensWhereItIsTold) {
+  const auto with_http = [](const std::string& http) {
+    return R"({"lines": {"EIO1": {"path": "/dev/null", "devices": {"own": {"kind": "di"}}}}, "http": )" + http + "}";
+  };
+  EXPECT_FALSE(Read(R"({"lines": {"EIO1": {"path": "/dev/null", "devices": {"own": {"kind": "di"}}}}})").service.http);
+  const Site site = Read(with_http(R"({"listen": "[::]:443", "token_file": "/no/such/file"})"));
+  EXPECT_EQ(site.service.http->host, "::");
+  EXPECT_EQ(site.service.http->port, 443);
+  EXPECT_FALSE(site.service.http->IsLoopback());
+  for (const char* const inside : {"127.0.0.1:1", "127.9.9.9:1", "localhost:1", "[::1]:1"}) {
+    EXPECT_TRUE(ParseListen(inside)->IsLoopback()) << inside;
+  }
+  for (const char* const wrong : {"", ":", "8080", ":8080", "127.0.0.1", "127.0.0.1:", "127.0.0.1:65536", "127.1:80",
+                                  "127.0.0.256:80", "127.0.0.1.5:80", "127.evil.example:80", "::1:80", "[::1]80",
+                                  "[1.2.3.4]:80", "unit.example:80", "127.0.0.1:+80"}) {
+    EXPECT_FALSE(ParseListen(wrong)) << wrong;
+  }
+  EXPECT_THAT(Refusal(with_http(R"({"listen": "0.0.0.0:8080"})")), HasSubstr("/http: other machines can reach"));
+  EXPECT_THAT(Refusal(with_http(R"({"listen": "8080"})")), HasSubstr("/http/listen: an address and a port"));
 }
 
 }  // namespace
