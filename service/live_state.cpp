@@ -15,6 +15,12 @@ milliseconds Patience(const SiteDevice& device) {
 
 std::string_view CodeOf(const PollResult& result) { return result.failure ? result.failure->code : std::string_view(); }
 
+// The value that stands for the device, of a good poll.
+std::optional<double> ShownNumber(const SiteDevice& device, const PollResult& result) {
+  if (result.failure || result.record.empty() || IsText(device.fields[device.shown])) return std::nullopt;
+  return PhysicalNumber(device.fields[device.shown], result.record.data());
+}
+
 }  // namespace
 
 std::string_view ToText(Condition condition) {
@@ -54,6 +60,8 @@ void LiveState::Add(std::size_t device, const PollResult& result) {
       state.last_good = state.last;
       state.good_ended = state.ended;
     }
+    state.recent.push_back(ShownNumber(*devices_[device].device, result));
+    if (state.recent.size() > kRecentPolls) state.recent.pop_front();
     ++state.polls;
     state.total_duration += result.duration;
     state.version = ++version_;
@@ -83,6 +91,11 @@ std::vector<std::size_t> LiveState::ChangedSince(std::uint64_t version) const {
 void LiveState::WaitForChange(std::uint64_t version, milliseconds most) const {
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, most, [&] { return is_closed_ || version_ > version; });
+}
+
+void LiveState::WaitForClose(milliseconds most) const {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, most, [this] { return is_closed_; });
 }
 
 void LiveState::Close() {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -37,6 +38,8 @@ struct DeviceState {
   Clock::time_point good_ended{};
   std::optional<Time> since{};  // from when on it has been good, or has failed with this code
 
+  std::deque<std::optional<double>> recent{};  // the shown value of the last polls, nothing of those that failed
+
   std::uint64_t polls = 0;
   std::map<std::string, std::uint64_t, std::less<>> failures{};  // by code
   std::chrono::duration<double> total_duration{};                // of all polls
@@ -45,6 +48,9 @@ struct DeviceState {
   // A reading is only shown as the device's value while this is kGood.
   Condition ConditionAt(Clock::time_point now, const SiteDevice& device) const;
 };
+
+// Polls whose values a device's state holds.
+constexpr std::size_t kRecentPolls = 40;
 
 // The latest result of each device, for all who show it. Everything may be called from any thread.
 class LiveState {
@@ -66,6 +72,9 @@ class LiveState {
 
   // Until something changed after `version`, at most `most`, or until Close().
   void WaitForChange(std::uint64_t version, std::chrono::milliseconds most) const;
+
+  // Sleeps, until Close() at the latest.
+  void WaitForClose(std::chrono::milliseconds most) const;
 
   // From now on nobody waits.
   void Close();
