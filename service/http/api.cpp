@@ -1,7 +1,7 @@
 #include "service/http/api.h"
 
 #include <algorithm>
-#include <cmath>
+#include <filesystem>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -184,9 +184,15 @@ Reply Api::History(const Parameters& parameters) const {
   const std::string field = RequireText(parameters, "field");
   const Range range = RequireRange(parameters);
   const int points = Number(parameters, "points", kUsualPoints, kMostParts);
-  Database database(history_path_, Database::Mode::kRead);
-  const auto plot = MakePlot(database, device, field, range.from, range.until, points);
-  if (!plot) throw UsageError("the history has no field '" + Escaped(field) + "' of '" + Escaped(device) + "'");
+  const std::unique_ptr<Database> database = OpenHistory();
+  auto plot = database ? MakePlot(*database, device, field, range.from, range.until, points) : std::nullopt;
+  if (!plot) {
+    const SiteDevice& known = *live_.devices()[RequireDevice(device)].device;
+    const auto found = std::ranges::find(known.fields, field, &RecordField::name);
+    if (found == known.fields.end())
+      throw UsageError("'" + Escaped(device) + "' has no field '" + Escaped(field) + "'");
+    plot = Plot{.unit = std::string(found->unit), .from = range.from};  // nothing came of it yet
+  }
 
   ordered_json json = Head();
   json["device"] = device;
@@ -212,11 +218,12 @@ Reply Api::Events(const Parameters& parameters) const {
   const int limit = Number(parameters, "limit", kUsualEvents, kMostEvents);
   const std::string device = Text(parameters, "device", "");
   if (parameters.contains("device")) RequireDevice(device);
-  Database database(history_path_, Database::Mode::kRead);
+  const std::unique_ptr<Database> database = OpenHistory();
 
   ordered_json json = Head();
   ordered_json& events = json["events"] = ordered_json::array();
-  for (const HistoryEvent& event : ReadEvents(database, device, range.from, range.until, limit)) {
+  if (!database) return JsonReply(json);
+  for (const HistoryEvent& event : ReadEvents(*database, device, range.from, range.until, limit)) {
     ordered_json& entry = events.emplace_back();
     if (event.device.empty()) {
       entry["line"] = event.line;
@@ -230,6 +237,14 @@ Reply Api::Events(const Parameters& parameters) const {
     entry["error"] = event.code.empty() ? ordered_json() : FailureToJson(event.code, event.message);
   }
   return JsonReply(json);
+}
+
+// Null before the first write of all.
+std::unique_ptr<Database> Api::OpenHistory() const {
+  std::error_code error;
+  if (!std::filesystem::exists(history_path_, error)) return nullptr;
+  auto database = std::make_unique<Database>(history_path_, Database::Mode::kRead);
+  return database->Query("PRAGMA user_version") != 0 ? std::move(database) : nullptr;
 }
 
 std::string Api::Follower::Next() {

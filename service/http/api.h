@@ -2,12 +2,14 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "polling/site/site.h"
+#include "service/history/database.h"
 #include "service/live_state.h"
 
 namespace fieldline::service {
@@ -60,6 +62,7 @@ class Api {
   Reply Events(const Parameters& parameters) const;
   Reply Health() const;
 
+  std::unique_ptr<Database> OpenHistory() const;
   std::size_t RequireDevice(const std::string& name) const;
   nlohmann::ordered_json Head() const;
 
