@@ -17,10 +17,8 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 constexpr int kMostConnections = 32;
-constexpr int kMostRequests = 1000;          // of a connection
-constexpr milliseconds kHeadTime(10'000);    // for a whole head, and for the silence before it
-constexpr milliseconds kAnswerTime(30'000);  // for a part of an answer: 100 kB at 4 kB/s
-constexpr milliseconds kGlance(200);         // between two looks at whether to go on
+constexpr int kMostRequests = 1000;   // of a connection
+constexpr milliseconds kGlance(200);  // between two looks at whether to go on
 
 constexpr std::string_view kTooLarge =
     "HTTP/1.1 431 Request Header Fields Too Large\r\nConnection: close\r\nContent-Length: 0\r\n\r\n";
@@ -45,7 +43,8 @@ class LimitedPool final : public httplib::ThreadPool {
 // What a request is read from, which is its head and nothing else, and its answer written to.
 class RequestStream final : public httplib::Stream {
  public:
-  RequestStream(Connection& connection, std::string_view head) : connection_(connection), head_(head) {}
+  RequestStream(Connection& connection, std::string_view head, milliseconds most)
+      : connection_(connection), head_(head), most_(most) {}
 
   bool IsBroken() const { return is_broken_; }
 
@@ -60,7 +59,7 @@ class RequestStream final : public httplib::Stream {
   }
 
   ssize_t write(const char* bytes, std::size_t size) override {
-    if (is_broken_ || !connection_.Send({bytes, size}, kAnswerTime)) {
+    if (is_broken_ || !connection_.Send({bytes, size}, most_)) {
       is_broken_ = true;
       return -1;
     }
@@ -77,12 +76,14 @@ class RequestStream final : public httplib::Stream {
  private:
   Connection& connection_;
   std::string_view head_;
+  const milliseconds most_;  // for a part of the answer
   bool is_broken_ = false;
 };
 
 // Reads up to the end of the next head. Nothing when the connection has to be closed.
-std::optional<RequestHead> ReadHead(Connection& connection, std::string& received, const std::atomic<bool>& is_closed) {
-  const Clock::time_point end = Clock::now() + kHeadTime;
+std::optional<RequestHead> ReadHead(Connection& connection, std::string& received, milliseconds most,
+                                    const std::atomic<bool>& is_closed) {
+  const Clock::time_point end = Clock::now() + most;
   for (;;) {
     if (auto head = TakeHead(received)) return head;
     if (received.size() > kMostHeadBytes) {
@@ -91,7 +92,7 @@ std::optional<RequestHead> ReadHead(Connection& connection, std::string& receive
     }
     if (is_closed || Clock::now() >= end) return std::nullopt;
     char bytes[2048];
-    const std::ptrdiff_t count = connection.Receive(bytes, kGlance);
+    const std::ptrdiff_t count = connection.Receive(bytes, std::min(most, kGlance));
     if (count == Connection::kEnded) return std::nullopt;
     received.append(bytes, static_cast<std::size_t>(count));
   }
@@ -99,9 +100,9 @@ std::optional<RequestHead> ReadHead(Connection& connection, std::string& receive
 
 }  // namespace
 
-WebServer::WebServer(Handler handler) {
+WebServer::WebServer(Handler handler, const WebLimits& limits) : limits_(limits) {
   new_task_queue = [] { return new LimitedPool; };
-  set_keep_alive_timeout(std::chrono::floor<std::chrono::seconds>(kHeadTime).count());
+  set_keep_alive_timeout(std::chrono::floor<std::chrono::seconds>(limits.head).count());
   set_keep_alive_max_count(kMostRequests);
   set_socket_options([](socket_t socket) { PrepareListener(socket); });
   // Before the library's own routing, whose regular expressions have no limits.
@@ -125,9 +126,9 @@ bool WebServer::ServeConnection(socket_t socket) {
   Connection connection(socket);
   std::string received;
   for (int requests = 1; requests <= kMostRequests; ++requests) {
-    const std::optional<RequestHead> head = ReadHead(connection, received, is_closed_);
+    const std::optional<RequestHead> head = ReadHead(connection, received, limits_.head, is_closed_);
     if (!head) return false;
-    RequestStream stream(connection, head->text);
+    RequestStream stream(connection, head->text, limits_.answer);
     bool is_last = head->has_body || requests == kMostRequests;
     if (!process_request(stream, is_last, is_last, nullptr) || is_last || stream.IsBroken()) break;
   }
