@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "web_content.h"  // made from service/web/ at build time
+#include "web_content.h"  // made from service/web/ and dygraphs
 
 namespace fieldline::service {
 namespace {
