@@ -176,7 +176,7 @@ function showLines() {
 function showSummary() {
   const all = [...state.devices.values()];
   const bad = all.filter(({data}) => rankOf(data) >= 3).length;
-  setText(byId("summary"), bad ? bad + " of " + all.length + " devices are bad" : "all " + all.length + " devices are good");
+  setText(byId("summary"), bad ? bad + " of " + all.length + " devices " + (bad === 1 ? "is" : "are") + " bad" : "all " + all.length + " devices are good");
   document.title = (state.lost ? "lost – " : bad ? bad + " bad – " : "") + state.unit;
 }
 
