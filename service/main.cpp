@@ -13,6 +13,7 @@
 #include "polling/site/site.h"
 #include "polling/text.h"
 #include "polling/usage_error.h"
+#include "service/demo_room.h"
 #include "service/history/export.h"
 #include "service/parse_time.h"
 #include "service/say.h"
@@ -25,6 +26,7 @@ constexpr char kExamples[] =
     "Examples:\n"
     "  fieldlined site.json --check\n"
     "  fieldlined site.json --state /var/lib/fieldlined\n"
+    "  fieldlined --demo --listen 127.0.0.1:8080\n"
     "  fieldlined export site.json --device cold-aisle --from 24h --csv >cold-aisle.csv\n\n"
     "Exit codes:\n"
     "  0  it was told to end, or did what was asked\n"
@@ -36,6 +38,8 @@ struct Arguments {
   std::string site;
   std::string state = "/var/lib/fieldlined";
   bool check = false;
+  bool demo = false;
+  std::string listen = "127.0.0.1:8080";
 
   std::string device;
   std::string from = "24h";
@@ -77,6 +81,18 @@ ExitCode RunSite(const Arguments& arguments) {
   return RunService(site, arguments.state);
 }
 
+ExitCode RunDemo(const Arguments& arguments) {
+  const auto http = ParseListen(arguments.listen);
+  if (!http) throw UsageError("--listen '" + arguments.listen + "': write an address and a port, 127.0.0.1:8080");
+  if (!http->IsLoopback()) {
+    throw UsageError("--listen '" + arguments.listen + "': other machines can reach it, and the demo has no token");
+  }
+  const DemoRoom room;
+  Site site = room.MakeSite();
+  site.service.http = http;
+  return RunService(site, room.StateDirectory());
+}
+
 ExitCode RunProgram(int argc, char** argv) {
   CLI::App app("Watches the field devices of a machine room: polls them, and keeps the history of their readings.",
                "fieldlined");
@@ -86,6 +102,9 @@ ExitCode RunProgram(int argc, char** argv) {
   app.add_option("SITE", arguments.site, "Site file, see docs/commissioning.md")->type_name("");
   app.add_flag("--check", arguments.check, "Only check the site file");
   app.add_option("--state", arguments.state, "Directory of the history [/var/lib/fieldlined]")->type_name("DIR");
+
+  app.add_flag("--demo", arguments.demo, "Watch a simulated room; needs no site file, and leaves nothing behind");
+  app.add_option("--listen", arguments.listen, "Where the demo's page is [127.0.0.1:8080]")->type_name("ADDRESS:PORT");
 
   CLI::App& exporting = *app.add_subcommand("export", "Print the history of a device");
   exporting.add_option("SITE", arguments.site, "Site file")->type_name("")->required();
@@ -105,7 +124,8 @@ ExitCode RunProgram(int argc, char** argv) {
     }
     throw UsageError(error.what() + std::string("; see fieldlined --help"));
   }
-  return exporting.parsed() ? RunExport(arguments) : RunSite(arguments);
+  if (exporting.parsed()) return RunExport(arguments);
+  return arguments.demo ? RunDemo(arguments) : RunSite(arguments);
 }
 
 }  // namespace

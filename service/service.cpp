@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -10,6 +11,8 @@
 #include "polling/text.h"
 #include "service/change_log.h"
 #include "service/history/history_writer.h"
+#include "service/http/http_service.h"
+#include "service/live_state.h"
 #include "service/room_watch.h"
 #include "service/say.h"
 
@@ -32,11 +35,16 @@ std::string HistoryPath(const std::string& state_directory) { return state_direc
 ExitCode RunService(const Site& site, const std::string& state_directory) {
   const std::vector<WatchedDevice> devices = DevicesOf(site);
   ChangeLog changes(devices);
+  LiveState live(devices);
   HistoryWriter history(HistoryPath(state_directory), devices, site.service.history, Say);
   RoomWatch room(site, [&](std::size_t device, const PollResult& result) {
     changes.Add(device, result);
+    live.Add(device, result);
     history.Add(EntryOf(device, result));
   });
+  const Api api(site, live, HistoryPath(state_directory), [&room] { return room.IsAlive(); });
+  std::optional<HttpService> http;
+  if (site.service.http) http.emplace(*site.service.http, site.service.unit, api, live, Say);
   try {
     room.Start();
   } catch (const std::system_error& error) {

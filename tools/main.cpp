@@ -11,10 +11,10 @@
 #include "fieldline/serial/hub_ser_factory.h"
 #include "polling/exit_code.h"
 #include "polling/line_file.h"
+#include "sim/clean_up.h"
 #include "tools/options/arguments.h"
 #include "tools/output/report.h"
 #include "tools/output/standard_output.h"
-#include "tools/simulation/clean_up.h"
 #include "tools/verbs/verbs.h"
 #include "tools/watchdog.h"
 
@@ -80,7 +80,7 @@ int Conclude(ExitCode code) {
 
 // Ends the process without releasing what the verb uses, because the verb is still running.
 void GiveUp() {
-  CleanUpNow();
+  sim::CleanUpNow();
   std::_Exit(Conclude(ExitCode::kSomeFailed));
 }
 

@@ -66,6 +66,7 @@ ServiceSettings ReadServiceSettings(const JsonNode& root) {
   ServiceSettings settings;
   if (const auto unit = root.Find(kUnitKey)) settings.unit = ReadUnit(*unit);
   if (const auto history = root.Find(kHistoryKey)) settings.history = ReadHistory(*history);
+  if (const auto http = root.Find(kHttpKey)) settings.http = ReadHttpSettings(*http);
   return settings;
 }
 

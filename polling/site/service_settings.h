@@ -2,8 +2,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "polling/site/http_settings.h"
 #include "polling/site/json_file.h"
 
 namespace fieldline {
@@ -18,11 +20,13 @@ struct HistorySettings {
 struct ServiceSettings {
   std::string unit = "unit";  // the name of this unit among others
   HistorySettings history;
+  std::optional<HttpSettings> http{};  // nothing: no page
 };
 
 // The keys of a site file that are the service's.
 constexpr std::string_view kUnitKey = "unit";
 constexpr std::string_view kHistoryKey = "history";
+constexpr std::string_view kHttpKey = "http";
 
 // Reads them from the root of a site file. Throws UsageError.
 ServiceSettings ReadServiceSettings(const JsonNode& root);

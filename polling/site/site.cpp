@@ -28,7 +28,7 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({kUnitKey, kHistoryKey, "lines"});
+    node.RequireObject({kUnitKey, kHistoryKey, kHttpKey, "lines"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, line] : lines.Members()) site_.lines.push_back(ReadLine(name, line));

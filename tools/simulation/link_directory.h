@@ -9,7 +9,7 @@
 
 #include "fieldline/platform/directory_lock.h"
 #include "polling/line_file.h"
-#include "tools/simulation/clean_up.h"
+#include "sim/clean_up.h"
 
 namespace fieldline::tool {
 
@@ -46,7 +46,7 @@ class LinkDirectory {
   bool removed_ = false;
   LineFile list_;
   std::map<std::string, std::string> links_;  // target of each
-  std::optional<CleanUp> clean_up_;
+  std::optional<sim::CleanUp> clean_up_;
 };
 
 }  // namespace fieldline::tool

@@ -20,11 +20,11 @@
 #include "polling/text.h"
 #include "sim/room.h"
 #include "sim/scenario.h"
+#include "sim/scratch_directory.h"
 #include "tools/options/output_option.h"
 #include "tools/output/picture_progress.h"
 #include "tools/output/record_table.h"
 #include "tools/output/report.h"
-#include "tools/simulation/scratch_directory.h"
 #include "tools/simulation/sim_report.h"
 #include "tools/verbs/verbs.h"
 
@@ -173,7 +173,7 @@ bool Unit::Show(const sim::RoomDevice& device, const PollResult& result, Fields 
 }
 
 ExitCode Run(const Arguments& arguments) {
-  const ScratchDirectory scratch;
+  const sim::ScratchDirectory scratch;
   const std::string flash_root = scratch.Path().string();
   UseFlashRoot(flash_root);
   const sim::RoomLayout layout = sim::MachineRoom();

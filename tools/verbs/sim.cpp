@@ -19,12 +19,12 @@
 #include "sim/fault_text.h"
 #include "sim/room.h"
 #include "sim/scenario.h"
+#include "sim/scratch_directory.h"
 #include "tools/options/number_option.h"
 #include "tools/options/output_option.h"
 #include "tools/output/report.h"
 #include "tools/simulation/link_directory.h"
 #include "tools/simulation/scenario_file.h"
-#include "tools/simulation/scratch_directory.h"
 #include "tools/simulation/sim_report.h"
 #include "tools/verbs/verbs.h"
 
@@ -217,7 +217,7 @@ ExitCode Run(const Arguments& arguments) {
 
   TraceOutput trace(arguments.output.trace);
   // The unit's own inputs are simulated by a file.
-  std::optional<ScratchDirectory> scratch;
+  std::optional<sim::ScratchDirectory> scratch;
   if (!std::ranges::all_of(layout.devices, [](const sim::RoomDevice& device) { return device.kind->HasLine(); })) {
     scratch.emplace();
   }

@@ -99,5 +99,26 @@ TEST(Site, IsCheckedWhole) {
                  "/lines/B/devices/x: duplicate name: a device on A has the same");
 }
 
+TEST(Site, ListensWhereItIsTold) {
+  const auto with_http = [](const std::string& http) {
+    return R"({"lines": {"EIO1": {"path": "/dev/null", "devices": {"own": {"kind": "di"}}}}, "http": )" + http + "}";
+  };
+  EXPECT_FALSE(Read(R"({"lines": {"EIO1": {"path": "/dev/null", "devices": {"own": {"kind": "di"}}}}})").service.http);
+  const Site site = Read(with_http(R"({"listen": "[::]:443", "token_file": "/no/such/file"})"));
+  EXPECT_EQ(site.service.http->host, "::");
+  EXPECT_EQ(site.service.http->port, 443);
+  EXPECT_FALSE(site.service.http->IsLoopback());
+  for (const char* const inside : {"127.0.0.1:1", "127.9.9.9:1", "localhost:1", "[::1]:1"}) {
+    EXPECT_TRUE(ParseListen(inside)->IsLoopback()) << inside;
+  }
+  for (const char* const wrong : {"", ":", "8080", ":8080", "127.0.0.1", "127.0.0.1:", "127.0.0.1:65536", "127.1:80",
+                                  "127.0.0.256:80", "127.0.0.1.5:80", "127.evil.example:80", "::1:80", "[::1]80",
+                                  "[1.2.3.4]:80", "unit.example:80", "127.0.0.1:+80"}) {
+    EXPECT_FALSE(ParseListen(wrong)) << wrong;
+  }
+  EXPECT_THAT(Refusal(with_http(R"({"listen": "0.0.0.0:8080"})")), HasSubstr("/http: other machines can reach"));
+  EXPECT_THAT(Refusal(with_http(R"({"listen": "8080"})")), HasSubstr("/http/listen: an address and a port"));
+}
+
 }  // namespace
 }  // namespace fieldline

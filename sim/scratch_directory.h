@@ -5,9 +5,9 @@
 #include <string>
 #include <system_error>
 
-#include "tools/simulation/clean_up.h"
+#include "sim/clean_up.h"
 
-namespace fieldline::tool {
+namespace fieldline::sim {
 
 // A directory for temporary files. The destructor removes it with its contents.
 class ScratchDirectory {
@@ -41,4 +41,4 @@ class ScratchDirectory {
   const CleanUp clean_up_{[this] { Remove(); }};
 };
 
-}  // namespace fieldline::tool
+}  // namespace fieldline::sim

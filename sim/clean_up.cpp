@@ -1,10 +1,10 @@
-#include "tools/simulation/clean_up.h"
+#include "sim/clean_up.h"
 
 #include <list>
 #include <mutex>
 #include <utility>
 
-namespace fieldline::tool {
+namespace fieldline::sim {
 namespace {
 
 struct Registry {
@@ -40,4 +40,4 @@ void CleanUpNow() {
   }
 }
 
-}  // namespace fieldline::tool
+}  // namespace fieldline::sim

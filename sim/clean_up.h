@@ -2,7 +2,7 @@
 
 #include <functional>
 
-namespace fieldline::tool {
+namespace fieldline::sim {
 
 // Removes something from the file system in its destructor, or earlier when the process has to end before.
 class CleanUp {
@@ -22,4 +22,4 @@ class CleanUp {
 // Calls `remove` of all existing objects, before the process ends. Thread-safe.
 void CleanUpNow();
 
-}  // namespace fieldline::tool
+}  // namespace fieldline::sim

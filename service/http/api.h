@@ -1,0 +1,75 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "polling/site/site.h"
+#include "service/history/database.h"
+#include "service/live_state.h"
+
+namespace fieldline::service {
+
+// The answer to a request.
+struct Reply {
+  int status = 200;
+  std::string type{};
+  std::string body{};
+};
+
+Reply ErrorReply(int status, std::string_view code, const std::string& message);
+
+// What programs and the page read: the state of everything as JSON and for Prometheus, as docs/api.md says. From any
+// thread.
+class Api {
+ public:
+  using Parameters = std::multimap<std::string, std::string>;
+
+  // `site` and `live` must outlive this; `is_alive` tells whether all lines are polled.
+  Api(const Site& site, const LiveState& live, std::string history_path, std::function<bool()> is_alive);
+
+  // Nothing when there is no such path.
+  std::optional<Reply> Get(const std::string& path, const Parameters& parameters) const;
+
+  // Follows the changes of the devices, for one listener.
+  class Follower {
+   public:
+    explicit Follower(const Api& api) : api_(api), sent_(api.live_.devices().size()) {}
+
+    // The devices that changed since the last call, at first all, as a server-sent event; an empty list says that we
+    // live.
+    std::string Next();
+
+    // Until Next() has something to tell or a listener should hear that we live. False when nothing will come any more.
+    bool Wait() const;
+
+   private:
+    const Api& api_;
+    std::uint64_t version_ = 0;
+    bool is_first_ = true;
+    std::vector<Condition> sent_;
+  };
+
+ private:
+  Reply Devices() const;
+  Reply SiteDescription() const;
+  Reply Latest(const Parameters& parameters) const;
+  Reply History(const Parameters& parameters) const;
+  Reply Events(const Parameters& parameters) const;
+  Reply Health() const;
+
+  std::unique_ptr<Database> OpenHistory() const;
+  std::size_t RequireDevice(const std::string& name) const;
+  nlohmann::ordered_json Head() const;
+
+  const Site& site_;
+  const LiveState& live_;
+  const std::string history_path_;
+  const std::function<bool()> is_alive_;
+};
+
+}  // namespace fieldline::service
