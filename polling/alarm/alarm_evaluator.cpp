@@ -4,16 +4,6 @@
 #include <utility>
 
 namespace fieldline {
-namespace {
-
-using Type = AlarmCondition::Type;
-
-bool FollowsTime(const AlarmCondition& condition) {
-  return condition.type == Type::kSilentFor || condition.type == Type::kLineGone ||
-         std::ranges::any_of(condition.parts, FollowsTime);
-}
-
-}  // namespace
 
 AlarmEvaluator::AlarmEvaluator(const AlarmRules& rules, AlarmTime start)
     : rules_(rules), alarms_by_device_(rules.devices.size()), latest_(start.time) {
@@ -21,7 +11,6 @@ AlarmEvaluator::AlarmEvaluator(const AlarmRules& rules, AlarmTime start)
   facts_.line_gone.resize(rules.lines.size());
   for (const AlarmRule& rule : rules.rules) {
     Alarm& alarm = alarms_.emplace_back(AlarmConditionState(rule.when, rules, start.time));
-    alarm.follows_time = FollowsTime(rule.when) || (rule.clear && FollowsTime(*rule.clear));
     if (rule.clear) alarm.clear.emplace(*rule.clear, rules, start.time);
     for (std::size_t device = 0; device < rules.devices.size(); ++device) {
       if (!Concerns(rule.when, device) && !(rule.clear && Concerns(*rule.clear, device))) continue;
@@ -34,25 +23,22 @@ bool AlarmEvaluator::Concerns(const AlarmCondition& condition, std::size_t devic
   if (!condition.parts.empty()) {
     return std::ranges::any_of(condition.parts, [&](const AlarmCondition& part) { return Concerns(part, device); });
   }
-  return condition.device == (condition.type == Type::kLineGone ? rules_.devices[device].line : device);
+  return condition.device == (condition.type == AlarmCondition::Type::kLineGone ? rules_.devices[device].line : device);
 }
 
 Time AlarmEvaluator::Latest(Time now) { return latest_ = std::max(latest_, now); }
 
 AlarmEvaluator::Changes AlarmEvaluator::Add(const AlarmReading& reading, AlarmTime now) {
   now.time = Latest(now.time);
-  const bool is_good = reading.quality == AlarmReading::Quality::kGood;
-  if (is_good) facts_.heard[reading.device] = now.time;
+  if (reading.quality == AlarmReading::Quality::kGood) facts_.heard[reading.device] = now.time;
   facts_.line_gone[rules_.devices[reading.device].line] = reading.quality == AlarmReading::Quality::kLineGone;
   Changes changes;
   for (const std::size_t index : alarms_by_device_[reading.device]) {
     Alarm& alarm = alarms_[index];
-    // Readings from before the release must not count: a line that is back has told nothing yet of its other devices.
-    const bool was_held_back = std::exchange(alarm.is_held_back, IsHeldBack(index));
-    if (was_held_back && !alarm.is_held_back && !alarm.status.is_active) alarm.when.Forget(now.time);
+    UpdateHeldBack(index, now.time);
     alarm.when.Read(reading, now.time);
     if (alarm.clear) alarm.clear->Read(reading, now.time);
-    if (is_good || alarm.follows_time) Evaluate(index, now, changes);
+    Evaluate(index, now, changes);
   }
   return changes;
 }
@@ -61,15 +47,10 @@ AlarmEvaluator::Changes AlarmEvaluator::Advance(AlarmTime now) {
   now.time = Latest(now.time);
   Changes changes;
   for (std::size_t i = 0; i < alarms_.size(); ++i) {
-    Alarm& alarm = alarms_[i];
-    const std::optional<Shelving>& shelving = alarm.status.shelving;
+    const std::optional<Shelving>& shelving = alarms_[i].status.shelving;
     if (shelving && now.time >= shelving->until) EndShelving(i, now.time, changes, {});
-    const bool was_held_back = std::exchange(alarm.is_held_back, IsHeldBack(i));
-    if (was_held_back && !alarm.is_held_back && !alarm.status.is_active) alarm.when.Forget(now.time);
-    const std::optional<DailyHours>& hours = rules_.rules[i].between;
-    if (alarm.follows_time || alarm.is_held_back || (hours && !hours->Contains(now.minute_of_day))) {
-      Evaluate(i, now, changes);
-    }
+    UpdateHeldBack(i, now.time);
+    Evaluate(i, now, changes);
   }
   return changes;
 }
@@ -82,6 +63,13 @@ bool AlarmEvaluator::IsHeldBack(std::size_t alarm) const {
     if (status.is_active || status.holds_since) return true;
   }
   return false;
+}
+
+// After the release, readings from before do not count: a line that is back has told nothing yet of its devices.
+void AlarmEvaluator::UpdateHeldBack(std::size_t alarm, Time now) {
+  const bool was_held_back = std::exchange(alarms_[alarm].is_held_back, IsHeldBack(alarm));
+  const bool is_released = was_held_back && !alarms_[alarm].is_held_back;
+  if (is_released && !alarms_[alarm].status.is_active) alarms_[alarm].when.Forget(now);
 }
 
 void AlarmEvaluator::Evaluate(std::size_t alarm, AlarmTime now, Changes& changes) {

@@ -32,7 +32,7 @@ class AlarmEvaluator {
   // A poll has ended.
   Changes Add(const AlarmReading& reading, AlarmTime now);
 
-  // Time has passed. Call it about once a second: silent devices, hours and the ends of shelving show here.
+  // Time has passed. Call it about once a second: delays end, devices fall silent, hours and shelving end.
   Changes Advance(AlarmTime now);
 
   // For a raised or returned alarm; others do not change.
@@ -60,13 +60,13 @@ class AlarmEvaluator {
     AlarmConditionState when;
     std::optional<AlarmConditionState> clear;
     AlarmStatus status;
-    bool follows_time = false;  // a device's silence or a lost line may raise it between polls
     bool is_held_back = false;
   };
 
   Time Latest(Time now);
   bool Concerns(const AlarmCondition& condition, std::size_t device) const;
   bool IsHeldBack(std::size_t alarm) const;
+  void UpdateHeldBack(std::size_t alarm, Time now);
   void Evaluate(std::size_t alarm, AlarmTime now, Changes& changes);
   void EvaluateInactive(std::size_t alarm, Truth when, Time now, Changes& changes);
   void EvaluateActive(std::size_t alarm, Truth when, bool in_hours, Time now, Changes& changes);

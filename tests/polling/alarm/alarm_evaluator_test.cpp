@@ -90,19 +90,23 @@ class Alarms {
   std::optional<AlarmEvaluator> evaluator_;
 };
 
-TEST(AlarmEvaluator, OnDelayNeedsAGoodReadingAtItsEnd) {
+TEST(AlarmEvaluator, OnDelayEndsWhileTheLastPollIsGood) {
   Alarms alarms({Rule(Number(Type::kAbove, 28), 60s)});
   EXPECT_EQ(alarms.Good(0, 280), "");  // 28.0 is not above
   EXPECT_EQ(alarms.Good(10, 281), "waiting@10");
   EXPECT_EQ(alarms.Good(50, 279), "cleared@50");
   EXPECT_EQ(alarms.Good(60, 281), "waiting@60");
   EXPECT_EQ(alarms.Good(119, 281), "");
-  EXPECT_EQ(alarms.Failed(125), "");
+  EXPECT_EQ(alarms.Failed(120), "");
   EXPECT_EQ(alarms.Pass(200), "");
   EXPECT_EQ(alarms.Good(210, 305), "raised@210");
   const AlarmStatus& status = (*alarms).StatusOf(0);
   EXPECT_EQ(status.holds_since, Alarms::At(60).time);
   EXPECT_EQ(status.cause->text, "30.5 V");
+
+  Alarms slow({Rule(Number(Type::kAbove, 28), 60s)});
+  EXPECT_EQ(slow.Good(0, 281), "waiting@0");
+  EXPECT_EQ(slow.Pass(60), "raised@60");  // the next poll may be an hour away
 }
 
 TEST(AlarmEvaluator, ReturnsBelowTheDeadbandAfterTheOffDelay) {
@@ -115,7 +119,7 @@ TEST(AlarmEvaluator, ReturnsBelowTheDeadbandAfterTheOffDelay) {
   EXPECT_EQ(alarms.Good(20, 264), "");
   EXPECT_EQ(alarms.Good(30, 270), "");  // the off-delay begins again
   EXPECT_EQ(alarms.Good(40, 264), "");
-  EXPECT_EQ(alarms.Failed(70), "");
+  EXPECT_EQ(alarms.Failed(60), "");
   EXPECT_EQ(alarms.Pass(75), "");
   EXPECT_EQ(alarms.Good(80, 900), "");  // not plausible: neither above nor below
   EXPECT_EQ(alarms.Good(90, 264), "returned@90");
