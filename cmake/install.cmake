@@ -17,7 +17,7 @@ if(TARGET fieldline_tool)
     RENAME fieldline
     COMPONENT tools)
   set(documents ${CMAKE_INSTALL_DATADIR}/doc/fieldline-tools)
-  install(FILES docs/commissioning.md docs/scenarios.md DESTINATION ${documents} COMPONENT tools)
+  install(FILES docs/commissioning.md docs/alarms.md docs/scenarios.md DESTINATION ${documents} COMPONENT tools)
   install(FILES packaging/60-fieldline.rules examples/site.json DESTINATION ${documents}/examples COMPONENT tools)
   install(DIRECTORY examples/scenarios DESTINATION ${documents}/examples COMPONENT tools)
 endif()
@@ -29,7 +29,7 @@ install(
   FILES_MATCHING
   PATTERN *.h
   PATTERN platform/${FIELDLINE_PLATFORM} EXCLUDE
-  REGEX /platform/\(clock|console|device_path|digital_inputs|directory_lock|output_file|pseudo_terminal|service_manager|text\)\\.h$ EXCLUDE)
+  REGEX /platform/\(clock|console|device_path|digital_inputs|directory_lock|local_time|output_file|pseudo_terminal|service_manager|text\)\\.h$ EXCLUDE)
 
 # The library depends on nothing, so the list of targets is the whole package configuration.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/fieldline)

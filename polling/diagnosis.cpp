@@ -47,6 +47,10 @@ std::string Progress(const Kind& kind, const WireProtocol& protocol, const std::
 
 }  // namespace
 
+bool IsLineFailure(std::string_view code) {
+  return code == "not_sent" || code == "input_device" || (code.starts_with("line_") && code != "line_noise");
+}
+
 Failure DiagnoseOpen(ISerBase& port, const LineConfig& line) {
   if (port.IsOpened() != 0) {
     return LineFailure("line_settings", line.shown + ": the line opens, but can't be set to this speed and format");

@@ -23,6 +23,9 @@ struct Failure {
   Bytes reply = {};
 };
 
+// Whether a failure with this code is that of the line, and says nothing of the device.
+bool IsLineFailure(std::string_view code);
+
 // Call after a failed Open of `port`. Asks the system for the reason.
 Failure DiagnoseOpen(ISerBase& port, const LineConfig& line);
 

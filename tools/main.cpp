@@ -47,9 +47,9 @@ ExitCode RunVerb(int argc, char** argv) {
   app.set_version_flag("--version", FIELDLINE_VERSION);
   app.require_subcommand(1);
   app.footer(kExitCodes);
-  const std::vector<Verb> verbs = {AddPoll(app),  AddWatch(app),   AddRaw(app),      AddScan(app),
-                                   AddAlarm(app), AddDisplay(app), AddTestPort(app), AddSim(app),
-                                   AddDemo(app),  AddKinds(app),   AddRecord(app)};
+  const std::vector<Verb> verbs = {AddPoll(app), AddWatch(app), AddAlarms(app),  AddRaw(app),
+                                   AddScan(app), AddAlarm(app), AddDisplay(app), AddTestPort(app),
+                                   AddSim(app),  AddDemo(app),  AddKinds(app),   AddRecord(app)};
   for (const Verb& verb : verbs) {
     verb.command->footer(verb.command->get_footer() + "\n\n" + kExitCodes);
   }

@@ -7,6 +7,7 @@
 
 #include "polling/kind_name.h"
 #include "polling/record/kind_fields.h"
+#include "polling/site/alarm_rules.h"
 #include "polling/site/json_file.h"
 #include "polling/site/service_settings.h"
 #include "polling/usage_error.h"
@@ -28,11 +29,15 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({kUnitKey, kHistoryKey, kHttpKey, "lines"});
+    node.RequireObject({kUnitKey, kHistoryKey, kHttpKey, "lines", "alarms"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
-    for (const auto& [name, line] : lines.Members()) site_.lines.push_back(ReadLine(name, line));
-    if (site_.lines.empty()) lines.Refuse("a line is needed");
+    for (const auto& [name, description] : lines.Members()) {
+      SiteLine line = ReadLine(name, description);
+      if (!line.devices.empty()) site_.lines.push_back(std::move(line));
+    }
+    if (site_.lines.empty()) lines.Refuse("a line with a device that is polled is needed");
+    site_.alarms = ReadAlarmRules(node.Find("alarms"), site_);
     return std::move(site_);
   }
 
@@ -48,11 +53,36 @@ class Reader {
       line.port = ReadPort(name, node);
     }
     const JsonNode devices = node.Get("devices");
-    for (const auto& [device, description] : devices.Members()) {
-      line.devices.push_back(ReadDevice(device, line, description));
+    const auto members = devices.Members();
+    if (members.empty()) devices.Refuse("a device is needed");
+    for (const auto& [device, description] : members) {
+      if (const Kind* const kind = ControlledKind(description)) {
+        if (members.size() > 1) description.Refuse(std::string(kind->name) + " needs a line of its own");
+        ReadControlled(device, *kind, line, description);
+      } else {
+        line.devices.push_back(ReadDevice(device, line, description));
+      }
     }
-    if (line.devices.empty()) devices.Refuse("a device is needed");
     return line;
+  }
+
+  // Null for a device that is watched, and for a wrong kind.
+  static const Kind* ControlledKind(const JsonNode& node) {
+    const auto kind = node.Find("kind");
+    const Kind* const found = kind ? FindKind(kind->Text()) : nullptr;
+    return found != nullptr && (!found->IsPolled() || IsCamera(*found)) ? found : nullptr;
+  }
+
+  void ReadControlled(const std::string& name, const Kind& kind, const SiteLine& line, const JsonNode& node) {
+    node.RequireObject({"kind"});
+    if (line.local) node.Get("kind").Refuse("only di is at " + line.name);
+    ClaimName(name, line, node);
+    // The library has one controller and one display.
+    const auto same = std::ranges::find(site_.controlled, &kind, &ControlledDevice::kind);
+    if (same != site_.controlled.end() && !IsCamera(kind)) {
+      node.Refuse("duplicate of " + same->name + ": a site has one device of kind " + std::string(kind.name));
+    }
+    site_.controlled.push_back({name, &kind, line.port});
   }
 
   LineConfig ReadPort(const std::string& name, const JsonNode& node) {
@@ -103,19 +133,19 @@ class Reader {
     return path.Text();
   }
 
-  SiteDevice ReadDevice(const std::string& name, const SiteLine& line, const JsonNode& node) {
-    node.RequireObject({"kind", "address", "interval", "show", "scale", "timeout", "pause", "retries", "any_address"});
+  void ClaimName(const std::string& name, const SiteLine& line, const JsonNode& node) {
     if (name.empty()) node.Refuse("a device needs a name");
     const auto [first, is_new] = lines_by_device_.try_emplace(name, line.name);
     if (!is_new) node.Refuse("duplicate name: a device on " + first->second + " has the same");
+  }
 
+  SiteDevice ReadDevice(const std::string& name, const SiteLine& line, const JsonNode& node) {
+    node.RequireObject({"kind", "address", "interval", "show", "scale", "timeout", "pause", "retries", "any_address"});
+    ClaimName(name, line, node);
     const Kind& kind = ReadKind(node.Get("kind"));
     if (line.local != (kind.protocol == Protocol::kInputs)) {
       node.Get("kind").Refuse(line.local ? "only di is at " + line.name
                                          : std::string(kind.name) + " is on no line, but at " + std::string(kInputs));
-    }
-    if (IsCamera(kind)) {
-      node.Get("kind").Refuse("a camera's poll takes a picture, and has no values to watch");
     }
     SiteDevice device{name, &kind, kind.address, kUsualInterval, OptionsOf(line.port), SplitRuns(FieldsOf(kind)), 0};
     ReadOptions(node, device.options);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fieldline/kinds.h"
+#include "polling/alarm/alarm_rule.h"
 #include "polling/record/record_field.h"
 #include "polling/site/line_config.h"
 #include "polling/site/service_settings.h"
@@ -30,13 +31,22 @@ struct SiteLine {
   std::vector<SiteDevice> devices;
 };
 
+// A device that is used and not watched, on a line of its own: the alarm board, the display or a camera.
+struct ControlledDevice {
+  std::string name;
+  const Kind* kind;
+  LineConfig port;
+};
+
 // All lines and devices of a site file.
 struct Site {
   Site() = default;
   Site(Site&&) = default;
 
-  std::vector<SiteLine> lines;
+  std::vector<SiteLine> lines;  // with watched devices
+  std::vector<ControlledDevice> controlled;
   ServiceSettings service;
+  AlarmRules alarms;
   std::deque<std::string> texts;  // the fields' names and units point into these
 };
 

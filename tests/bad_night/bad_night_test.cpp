@@ -8,6 +8,8 @@
 
 #include "sim/room.h"
 #include "sim/scenario.h"
+#include "tests/bad_night/night_alarms.h"
+#include "tests/support/log_time.h"
 #include "tests/support/readings.h"
 #include "tests/support/temp_directory.h"
 #include "tests/tools/tool_process.h"
@@ -35,14 +37,6 @@ struct Held {
   Time to;
   std::map<std::string, double> values;
 };
-
-Time ParseTime(const std::string& iso) {
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, ms = 0;
-  EXPECT_EQ(std::sscanf(iso.c_str(), "%d-%d-%dT%d:%d:%d.%dZ", &year, &month, &day, &hour, &minute, &second, &ms), 7);
-  const std::chrono::sys_days date(std::chrono::year(year) / month / day);
-  return date + std::chrono::hours(hour) + std::chrono::minutes(minute) + std::chrono::seconds(second) +
-         milliseconds(ms);
-}
 
 milliseconds DurationOf(const json& poll) {
   return milliseconds(static_cast<long>(std::ceil(poll["duration_ms"].get<double>())));
@@ -78,6 +72,7 @@ class BadNight : public testing::Test {
         {"address",  9      },
         {"interval", "1s"   }
     };
+    site["alarms"] = test::NightAlarms();
     directory_.WriteFile("site.json", site.dump());
     return directory_.Path("site.json");
   }
@@ -90,6 +85,7 @@ class BadNight : public testing::Test {
   void Play(milliseconds elapsed) {
     const Time before = system_clock::now();
     for (const sim::ScenarioEvent& event : player_.Advance(elapsed)) {
+      events_[event.at] = before;
       if (event.unplugged.empty() && event.replugged.empty()) continue;
       PointLinks();
       if (!event.replugged.empty()) replugged_ = system_clock::now();
@@ -108,7 +104,7 @@ class BadNight : public testing::Test {
   }
 
   void ExpectSentByTheRoom(const json& poll) {
-    const Time began = ParseTime(poll["time"]);
+    const Time began = test::ParseLogTime(poll["time"]);
     const Time ended = began + DurationOf(poll) + 2ms;  // what was cut from both
     const std::vector<Held>& all = held_[poll["device"]];
     const json& address = poll["address"];
@@ -142,6 +138,7 @@ class BadNight : public testing::Test {
   sim::Room room_{layout_, directory_.Path()};
   sim::ScenarioPlayer player_{scenario_, room_};
   std::map<std::string, std::vector<Held>> held_;  // by device
+  std::map<milliseconds, Time> events_;            // when each event happened
   Time replugged_{};
   std::size_t devices_ = 0;  // of the example
   int checked_ = 0;
@@ -191,7 +188,7 @@ TEST_F(BadNight, NoWrongValueNoStarvedLineNoLeak) {
     // Nothing in the dual-protocol unit's own frame, at an odd address, shows that a bit of it flipped.
     const bool is_checked = poll["kind"] != "dual-proto" || poll["address"].get<int>() % 2 == 0;
     if (is_checked) ExpectSentByTheRoom(poll);
-    const Time time = ParseTime(poll["time"]);
+    const Time time = test::ParseLogTime(poll["time"]);
     if (poll["line"] == kProbesLine && time > replugged_) back = std::min(back, time);
   }
   EXPECT_EQ(good.size(), devices_);  // the ghost is none of them
@@ -201,6 +198,9 @@ TEST_F(BadNight, NoWrongValueNoStarvedLineNoLeak) {
   EXPECT_GT(checked_, 1000);
   EXPECT_LT(lost, kNight / 20);
   EXPECT_LT(back - replugged_, 3s);
+
+  directory_.WriteFile("night.jsonl", result.out);
+  test::ExpectNightAlarms(directory_.Path("site.json"), directory_.Path("night.jsonl"), events_);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@ namespace fieldline::tool {
 
 // Each function adds a verb to the command, and is defined in the file with the verb's name.
 Verb AddAlarm(CLI::App& app);
+Verb AddAlarms(CLI::App& app);
 Verb AddDemo(CLI::App& app);
 Verb AddDisplay(CLI::App& app);
 Verb AddKinds(CLI::App& app);

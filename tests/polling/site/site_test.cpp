@@ -65,7 +65,7 @@ TEST(Site, IsCheckedWhole) {
   expect_refusal("{\n  \"lines\": {]\n}", "line 2, column 13");
   expect_refusal(R"({"lines": {"A": {}, "A": {}}})", "duplicate key \"A\"");
   expect_refusal(R"({"lines": {}, "line": 1})", "/line: there is no such key; the keys are unit, ");
-  expect_refusal(R"({"lines": {}})", "/lines: a line is needed");
+  expect_refusal(R"({"lines": {}})", "/lines: a line with a device that is polled is needed");
   expect_refusal(R"({"lines": {"A/B": {}}})", "/lines/A/B: the name of a line has");
   expect_refusal(R"({"lines": {"A": {"settings": "2400,n,8,1", "devices": {}}}})", "/lines/A: \"path\" is missing");
   expect_refusal(R"({"lines": {"EIO1": {"path": "/dev/a", "settings": "2400,n,8,1"}}})",
@@ -82,7 +82,12 @@ TEST(Site, IsCheckedWhole) {
   expect_refusal(device(""), "/lines/A/devices/probe: \"kind\" is missing");
   expect_refusal(device(R"("kind": "toaster")"), "/probe/kind: there is no kind \"toaster\"; the kinds are envir, ");
   expect_refusal(device(R"("kind": "di")"), "di is on no line");
-  expect_refusal(device(R"("kind": "camera")"), "/probe/kind: a camera's poll takes a picture");
+  expect_refusal(device(R"("kind": "camera", "interval": "1h")"), "/probe/interval: there is no such key");
+  expect_refusal(line(R"("settings": "9600,n,8,1", "devices": {"x": {"kind": "ups"}, "board": {"kind": "alarm"}})"),
+                 "/devices/board: alarm needs a line of its own");
+  expect_refusal(R"({"lines": {"A": {"path": "/dev/a", "settings": "9600,n,8,1", "devices": {"x": {"kind": "alarm"}}},
+                     "B": {"path": "/dev/b", "settings": "9600,n,8,1", "devices": {"y": {"kind": "alarm"}}}}})",
+                 "/lines/B/devices/y: duplicate of x");
   expect_refusal(device(R"("kind": "ups", "address": 1)"), "/probe/address: ups has no address");
   expect_refusal(device(R"("kind": "envir", "address": 256)"),
                  "/probe/address: a whole number from 0 to 255 is needed");

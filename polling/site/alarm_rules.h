@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+
+#include "polling/alarm/alarm_rule.h"
+#include "polling/site/json_file.h"
+
+namespace fieldline {
+
+struct Site;
+
+// Reads the alarms of a site file, whose lines and devices are in `site` already. Without `alarms` there are no rules.
+// Throws UsageError.
+AlarmRules ReadAlarmRules(const std::optional<JsonNode>& alarms, const Site& site);
+
+}  // namespace fieldline
