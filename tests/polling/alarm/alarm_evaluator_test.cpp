@@ -235,7 +235,7 @@ TEST(AlarmEvaluator, BitsAndImplausibleNumbers) {
 TEST(AlarmEvaluator, ARestartNeitherForgetsNorRepeats) {
   AlarmCondition change = Number(Type::kChangedBy, 5);
   change.time = 600s;
-  Alarms alarms({Rule(Number(Type::kAbove, 28), 60s), Rule(Silent(kUps, 60s)), Rule(change)});
+  Alarms alarms({Rule(Number(Type::kAbove, 28), 90s), Rule(Silent(kUps, 60s)), Rule(change)});
   EXPECT_EQ(alarms.Good(0, 290), "waiting@0");
   EXPECT_EQ(alarms.Pass(60), "1:raised@60");
   const std::vector<AlarmStatus> saved = {(*alarms).Save(0), (*alarms).Save(1), (*alarms).Save(2)};
