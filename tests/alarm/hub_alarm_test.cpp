@@ -71,7 +71,8 @@ const Operation kOperations[] = {
 
 Bytes Frame(BYTE command, const Bytes& payload = {}) {
   Bytes frame = {0xAA, static_cast<BYTE>(payload.size() / 256), static_cast<BYTE>(payload.size() % 256), command};
-  frame.insert(frame.end(), payload.begin(), payload.end());
+  frame.resize(4 + payload.size());
+  std::ranges::copy(payload, frame.begin() + 4);
   frame.push_back(std::accumulate(frame.begin() + 3, frame.end(), BYTE{0}, std::bit_xor<BYTE>()));
   frame.push_back(0x55);
   return frame;
