@@ -22,7 +22,8 @@ struct {
   bool paused = true;  // neither count nor fail: what the test itself allocates
 } heap;
 
-void* Allocate(std::size_t size) {
+// Not inlined: g++ would see malloc() behind a new[] expression and call its delete[] mismatched.
+[[gnu::noinline]] void* Allocate(std::size_t size) {
   if (!heap.paused) {
     if (heap.fail) return nullptr;
     ++heap.made;
