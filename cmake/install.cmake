@@ -1,7 +1,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-# The parts, which packaging/debian.cmake makes packages of: library, development and tools.
+# The parts, which packaging/debian.cmake makes packages of: library, development, tools and service.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(
   TARGETS fieldline_shared EXPORT fieldline
@@ -20,6 +20,24 @@ if(TARGET fieldline_tool)
   install(FILES docs/commissioning.md docs/alarms.md docs/scenarios.md DESTINATION ${documents} COMPONENT tools)
   install(FILES packaging/60-fieldline.rules examples/site.json DESTINATION ${documents}/examples COMPONENT tools)
   install(DIRECTORY examples/scenarios DESTINATION ${documents}/examples COMPONENT tools)
+endif()
+if(TARGET fieldlined)
+  install(TARGETS fieldlined COMPONENT service)
+  install(FILES packaging/fieldlined.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT service)
+  install(
+    FILES packaging/fieldlined.bash-completion
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME fieldlined
+    COMPONENT service)
+  install(FILES packaging/fieldlined.service DESTINATION lib/systemd/system COMPONENT service)
+  install(
+    FILES packaging/fieldlined.sysusers
+    DESTINATION lib/sysusers.d
+    RENAME fieldlined.conf
+    COMPONENT service)
+  set(documents ${CMAKE_INSTALL_DATADIR}/doc/fieldlined)
+  install(FILES docs/service.md docs/api.md docs/alarms.md DESTINATION ${documents} COMPONENT service)
+  install(FILES examples/fieldlined.json DESTINATION ${documents}/examples COMPONENT service)
 endif()
 
 # Of the platform's headers, those that headers for applications include.

@@ -1,4 +1,5 @@
-# Debian packages, with CPack: the shared library, what a developer adds to it, and the command. From a built tree:
+# Debian packages, with CPack: the shared library, what a developer adds to it, the command, and the
+# service. From a built tree:
 #   cpack --config build/release/CPackConfig.cmake -B DIRECTORY
 # script/check-packages builds and checks them.
 
@@ -58,6 +59,21 @@ The command fieldline polls the field devices of a machine room over serial
 lines, shows what they say and why one does not answer, and simulates every
 device that it can talk to.")
 endif()
+if(TARGET fieldlined)
+  list(APPEND CPACK_COMPONENTS_ALL service)
+  set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME fieldlined)
+  set(CPACK_DEBIAN_SERVICE_PACKAGE_SECTION comm)
+  set(CPACK_DEBIAN_SERVICE_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS "systemd | systemd-standalone-sysusers")
+  set(CPACK_DEBIAN_SERVICE_PACKAGE_SUGGESTS fieldline-tools)
+  set(service_scripts ${CMAKE_CURRENT_LIST_DIR}/debian/fieldlined)
+  set(CPACK_DEBIAN_SERVICE_PACKAGE_CONTROL_EXTRA ${service_scripts}/postinst ${service_scripts}/prerm
+                                                 ${service_scripts}/postrm)
+  set(CPACK_DEBIAN_SERVICE_DESCRIPTION "service that watches a machine room
+The service fieldlined polls the field devices of a machine room over serial
+lines, keeps the history of their readings, and shows it on a page, as JSON and
+to Prometheus.")
+endif()
 
 # EXCLUDE_FROM_ALL: these belong to the packages, not to `cmake --install`.
 function(install_document file package component name)
@@ -70,11 +86,17 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   install_document(packaging/debian/copyright ${package} ${component} copyright)
   install_document(packaging/debian/changelog ${package} ${component} changelog.Debian)
 endforeach()
-# The command contains code of these two, whose licences ask that their text goes with it.
-if(TARGET fieldline_tool)
-  foreach(library libcli11-dev nlohmann-json3-dev)
-    install_document(/usr/share/doc/${library}/copyright fieldline-tools tools copyright.${library})
-  endforeach()
-endif()
+# The programs contain code of these, whose licences ask that their text goes with it.
+set(libraries_in_tools libcli11-dev nlohmann-json3-dev)
+set(libraries_in_service ${libraries_in_tools} libcpp-httplib-dev libjs-dygraphs)
+foreach(component tools service)
+  string(TOUPPER ${component} prefix)
+  set(package ${CPACK_DEBIAN_${prefix}_PACKAGE_NAME})
+  if(package)
+    foreach(library IN LISTS libraries_in_${component})
+      install_document(/usr/share/doc/${library}/copyright ${package} ${component} copyright.${library})
+    endforeach()
+  endif()
+endforeach()
 
 include(CPack)

@@ -129,7 +129,8 @@ class PlanReader {
 
   static std::string ReadNumber(const JsonNode& node) {
     std::string number = node.Text();
-    const std::string_view digits = std::string_view(number).substr(number.starts_with('+') ? 1 : 0);
+    std::string_view digits = number;
+    if (digits.starts_with('+')) digits.remove_prefix(1);
     if (digits.size() < 3 || digits.size() > 20 || digits.find_first_not_of("0123456789") != digits.npos) {
       node.RefuseAsNot("a telephone number (3 to 20 digits, with or without + before them)");
     }
@@ -140,7 +141,7 @@ class PlanReader {
     constexpr std::size_t kMost = 400;  // what a frame of the alarm board takes, and room for values
     static const std::array<std::string, 6> kPlaceholders = {"{unit}",   "{alarm}", "{severity}",
                                                              "{device}", "{value}", "{since}"};
-    const std::string text = node.Text();
+    std::string text = node.Text();
     if (text.empty() || text.size() > kMost)
       node.Refuse("a text of 1 to " + std::to_string(kMost) + " bytes is needed");
     for (std::size_t at = text.find('{'); at != text.npos; at = text.find('{', at + 1)) {

@@ -209,7 +209,7 @@ class RulesReader {
   }
 
   AlarmCondition ReadSilence(const JsonNode& node, const JsonNode& time) const {
-    const AlarmCondition condition{
+    AlarmCondition condition{
         .type = Type::kSilentFor, .device = FindDevice(node.Get("device")), .time = time.Duration()};
     const SiteDevice& device = *devices_[condition.device];
     if (condition.time <= device.interval) {

@@ -10,7 +10,7 @@ void AddFailures(Database& database, const std::string& device, UnixTime from, U
   // A device at a time: its index gives the latest without reading the others.
   std::vector<std::pair<std::int64_t, std::string>> devices;
   Statement all(database, "SELECT id, name FROM device WHERE ?1 = '' OR name = ?1");
-  all.Bind(std::string_view(device));
+  all.Bind(std::string_view{device});
   while (all.Step()) devices.emplace_back(all.Integer(0), all.Text(1));
   Statement find(database,
                  "SELECT began, ended, polls, code, message FROM failure "

@@ -86,7 +86,7 @@ class PlotReader {
     Statement all(database,
                   "SELECT series.id, factor, offset, unit, device.id FROM device JOIN series ON device = device.id "
                   "WHERE name = ? AND field = ? ORDER BY series.id");
-    all.Bind(std::string_view(device), std::string_view(field));
+    all.Bind(std::string_view{device}, std::string_view{field});
     while (all.Step()) {
       series_.push_back({all.Integer(0), all.Number(1), all.Number(2)});
       unit_ = all.Text(3);

@@ -31,7 +31,7 @@ std::optional<RequestHead> TakeHead(std::string& received) {
   const std::size_t end = received.find(kEndOfHead);
   if (end == std::string::npos) return std::nullopt;
   RequestHead head;
-  std::string_view rest = std::string_view(received).substr(0, end + kEndOfLine.size());
+  std::string_view rest{received.data(), end + kEndOfLine.size()};
   while (!rest.empty()) {
     const std::size_t length = rest.find(kEndOfLine) + kEndOfLine.size();
     const std::string_view line = rest.substr(0, length);

@@ -116,8 +116,10 @@ void ExpectNightAlarms(const std::string& site, const std::string& log, const st
 
   for (const auto& [key, times] : changes) {
     const auto& [alarm, to] = key;
-    const auto is_it = [&](const Expected& expected) { return alarm == expected.alarm && to == expected.to; };
-    EXPECT_TRUE(to != "raised" || alarm == kSilent || std::ranges::any_of(kExpected, is_it)) << alarm;
+    const bool is_expected = std::ranges::any_of(kExpected, [&alarm = alarm, &to = to](const Expected& expected) {
+      return alarm == expected.alarm && to == expected.to;
+    });
+    EXPECT_TRUE(to != "raised" || alarm == kSilent || is_expected) << alarm;
   }
 }
 

@@ -46,7 +46,7 @@ Time ParseLogTime(const std::string& text) {
                                            std::chrono::month(static_cast<unsigned>(number(5, 2))),
                                            std::chrono::day(static_cast<unsigned>(number(8, 2)))};
     if (date.ok() && number(11, 2) < 24 && number(14, 2) < 60 && number(17, 2) < 60) {
-      return std::chrono::sys_days(date) + std::chrono::hours(number(11, 2)) + std::chrono::minutes(number(14, 2)) +
+      return std::chrono::sys_days{date} + std::chrono::hours(number(11, 2)) + std::chrono::minutes(number(14, 2)) +
              std::chrono::seconds(number(17, 2)) + std::chrono::milliseconds(number(20, 3));
     }
   }

@@ -58,7 +58,7 @@ class Served : public testing::Test {
   }
 
   json Get(const std::string& path, int status = 200) {
-    const auto reply = client_->Get(path.c_str());
+    const auto reply = client_->Get(path);
     if (!reply) return "no answer";
     EXPECT_EQ(reply->status, status) << path << ": " << reply->body;
     return json::parse(reply->body, nullptr, false);
