@@ -1,5 +1,6 @@
 // What is handed to the kernel: a pseudo-terminal keeps neither parity nor character size, has no transmitter, and
-// takes every speed. Then what the kernel may hand back. The program is linked with --wrap for each call below.
+// takes every speed. Then what the kernel may hand back. The program is linked with --wrap for each call below, by the
+// names in tests/CMakeLists.txt.
 
 #include <asm/termbits.h>
 #include <sys/ioctl.h>
@@ -28,30 +29,34 @@ int Fail(int error) {
 }  // namespace
 
 extern "C" {
-int __real_ioctl(int fd, unsigned long request, void* argument);
-int __real_open(const char* path, int flags, mode_t mode);
-ssize_t __real_read(int fd, void* data, std::size_t count);
-ssize_t __real_write(int fd, const void* data, std::size_t count);
+int RealIoctl(int fd, unsigned long request, void* argument) __asm__("__real_" FIELDLINE_IOCTL);
+int RealOpen(const char* path, int flags, mode_t mode) __asm__("__real_" FIELDLINE_OPEN);
+ssize_t RealRead(int fd, void* data, std::size_t count) __asm__("__real_read");
+ssize_t RealWrite(int fd, const void* data, std::size_t count) __asm__("__real_write");
+int WrappedIoctl(int fd, unsigned long request, ...) __asm__("__wrap_" FIELDLINE_IOCTL);
+int WrappedOpen(const char* path, int flags, ...) __asm__("__wrap_" FIELDLINE_OPEN);
+ssize_t WrappedRead(int fd, void* data, std::size_t count) __asm__("__wrap_read");
+ssize_t WrappedWrite(int fd, const void* data, std::size_t count) __asm__("__wrap_write");
 
-int __wrap_ioctl(int fd, unsigned long request, ...) {
+int WrappedIoctl(int fd, unsigned long request, ...) {
   va_list arguments;
   va_start(arguments, request);
   void* const argument = va_arg(arguments, void*);
   va_end(arguments);
-  return kernel ? kernel(fd, request, argument) : __real_ioctl(fd, request, argument);
+  return kernel ? kernel(fd, request, argument) : RealIoctl(fd, request, argument);
 }
-int __wrap_open(const char* path, int flags, ...) {
+int WrappedOpen(const char* path, int flags, ...) {
   va_list arguments;
   va_start(arguments, flags);
   const auto mode = static_cast<mode_t>(va_arg(arguments, int));
   va_end(arguments);
-  return interrupted_opens > 0 ? --interrupted_opens, Fail(EINTR) : __real_open(path, flags, mode);
+  return interrupted_opens > 0 ? --interrupted_opens, Fail(EINTR) : RealOpen(path, flags, mode);
 }
-ssize_t __wrap_read(int fd, void* data, std::size_t count) {
-  return transfer ? transfer() : __real_read(fd, data, count);
+ssize_t WrappedRead(int fd, void* data, std::size_t count) {
+  return transfer ? transfer() : RealRead(fd, data, count);
 }
-ssize_t __wrap_write(int fd, const void* data, std::size_t count) {
-  return transfer ? transfer() : __real_write(fd, data, count);
+ssize_t WrappedWrite(int fd, const void* data, std::size_t count) {
+  return transfer ? transfer() : RealWrite(fd, data, count);
 }
 }
 
@@ -69,7 +74,7 @@ class KernelCallsTest : public SerialLineFixture {
   // Lets the settings through and reports `change` of them afterwards, as a driver does that can't do all.
   void AlterSettingsTaken(std::function<void(termios2*)> change) {
     kernel = [change = std::move(change), set = false](int fd, unsigned long request, void* argument) mutable {
-      const int result = __real_ioctl(fd, request, argument);
+      const int result = RealIoctl(fd, request, argument);
       if (request == TCSETS2) set = true;
       if (request == TCGETS2 && set) change(static_cast<termios2*>(argument));
       return result;
@@ -97,7 +102,7 @@ TEST_F(KernelCallsTest, FourSettingsAreChangedAndNoOther) {
     termios2 found{};
     kernel = [&](int fd, unsigned long request, void* argument) {
       if (request == TCSETS2) handed_over_.push_back(*static_cast<termios2*>(argument));
-      const int result = __real_ioctl(fd, request, argument);
+      const int result = RealIoctl(fd, request, argument);
       if (request == TCGETS2 && handed_over_.empty()) {
         auto* const settings = static_cast<termios2*>(argument);
         settings->c_cflag |= CRTSCTS | HUPCL;
@@ -128,7 +133,7 @@ TEST_F(KernelCallsTest, HardwareThatCannotDoItIsNotTakenForHardwareThatCan) {
   OpenNear();
   ASSERT_TRUE(near_.SetLine({.baud = 2400}));
   kernel = [](int fd, unsigned long request, void* argument) {
-    return request == TCSETS2 ? Fail(EINVAL) : __real_ioctl(fd, request, argument);
+    return request == TCSETS2 ? Fail(EINVAL) : RealIoctl(fd, request, argument);
   };
   EXPECT_FALSE(near_.SetLine({.baud = 9600}));
   const std::function<void(termios2*)> changes[] = {
@@ -153,7 +158,7 @@ TEST_F(KernelCallsTest, TheLineIsClaimedBeforeItsSettingsAreTouched) {
   std::vector<unsigned long> requests;
   kernel = [&](int fd, unsigned long request, void* argument) {
     requests.push_back(request);
-    return __real_ioctl(fd, request, argument);
+    return RealIoctl(fd, request, argument);
   };
   OpenNear();
   ASSERT_FALSE(requests.empty());
@@ -174,7 +179,7 @@ TEST_F(KernelCallsTest, AWriteReturnsWhenTheTransmitterIsEmpty) {
       *static_cast<unsigned int*>(argument) = --bytes_in_transmitter == 0 ? TIOCSER_TEMT : 0;
       return 0;
     }
-    return __real_ioctl(fd, request, argument);
+    return RealIoctl(fd, request, argument);
   };
   EXPECT_EQ(4, WriteNear({1, 2, 3, 4}));
   EXPECT_EQ(0, queued);
@@ -186,7 +191,7 @@ TEST_F(KernelCallsTest, ADriverThatCannotTellOfItsTransmitterIsAskedOnceAnOpenin
   int asked = 0;
   kernel = [&](int fd, unsigned long request, void* argument) {
     if (request == TIOCSERGETLSR) return ++asked, Fail(ENOTTY);
-    return __real_ioctl(fd, request, argument);
+    return RealIoctl(fd, request, argument);
   };
   for (int i = 0; i < 3; ++i) EXPECT_EQ(1, WriteNear({1}));
   EXPECT_EQ(1, asked);
@@ -202,7 +207,7 @@ TEST_F(KernelCallsTest, ASlowTransmitterIsLookedAtWhenItShouldBeEmptyAndNotAllTh
   const auto sent = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);  // twelve characters
   int looks = 0;
   kernel = [&](int fd, unsigned long request, void* argument) {
-    if (request != TIOCSERGETLSR) return __real_ioctl(fd, request, argument);
+    if (request != TIOCSERGETLSR) return RealIoctl(fd, request, argument);
     ++looks;
     const bool empty = std::chrono::steady_clock::now() >= sent;
     *static_cast<unsigned int*>(argument) = empty ? TIOCSER_TEMT : 0;
@@ -219,19 +224,19 @@ TEST_F(KernelCallsTest, AWriteOnAHaltedLineDiscardsTheRest) {
   kernel = [&](int fd, unsigned long request, void* argument) {
     if (request == TIOCOUTQ) return *static_cast<int*>(argument) = flushed ? 0 : 3, 0;
     if (request == TCFLSH && argument == reinterpret_cast<void*>(TCOFLUSH)) flushed = true;
-    return __real_ioctl(fd, request, argument);
+    return RealIoctl(fd, request, argument);
   };
   EXPECT_EQ(1, WriteNear({1, 2, 3, 4}));
   EXPECT_TRUE(flushed);
 
   kernel = [](int fd, unsigned long request, void* argument) {
     if (request == TIOCSERGETLSR) return *static_cast<unsigned int*>(argument) = 0, 0;
-    return __real_ioctl(fd, request, argument);
+    return RealIoctl(fd, request, argument);
   };
   EXPECT_EQ(3, WriteNear({1, 2, 3, 4})) << "the last byte never left the transmitter";
 
   kernel = [](int fd, unsigned long request, void* argument) {
-    return request == TIOCOUTQ ? Fail(EIO) : __real_ioctl(fd, request, argument);
+    return request == TIOCOUTQ ? Fail(EIO) : RealIoctl(fd, request, argument);
   };
   EXPECT_EQ(-1, WriteNear({1, 2, 3, 4})) << "the adapter was pulled after it took the bytes";
 }
