@@ -60,7 +60,7 @@ int PseudoTerminal::Write(const BYTE* data, int count) {
 
 std::uint32_t PseudoTerminal::Baud() const {
   termios2 settings;
-  if (!IsOpen() || ioctl(static_cast<int>(near_), TCGETS2, &settings) != 0) return 0;
+  if (!IsOpen() || !GetSettings(static_cast<int>(near_), settings)) return 0;
   return settings.c_ospeed;
 }
 

@@ -59,7 +59,7 @@ int DiscardQueued(int fd) {
 // How long so many characters of ten bits take, in whole ms; at least 1.
 std::int64_t WireMs(int fd, int characters) {
   termios2 settings;
-  if (ioctl(fd, TCGETS2, &settings) != 0 || settings.c_ospeed == 0) return 1;
+  if (!GetSettings(fd, settings) || settings.c_ospeed == 0) return 1;
   return std::max<std::int64_t>(std::int64_t{characters} * 10'000 / settings.c_ospeed, 1);
 }
 
@@ -187,7 +187,7 @@ bool SerialDevice::SetLine(const LineSettings& settings) {
   if (!IsOpen() || settings.baud == 0 || settings.data_bits < 5 || settings.data_bits > 8) return false;
   const int fd = static_cast<int>(handle_);
   termios2 found;
-  if (ioctl(fd, TCGETS2, &found) != 0) return false;
+  if (!GetSettings(fd, found)) return false;
 
   termios2 wanted = found;
   constexpr tcflag_t kSpeedFlags = CBAUD | (CBAUD << IBSHIFT);
@@ -204,8 +204,8 @@ bool SerialDevice::SetLine(const LineSettings& settings) {
   // Without an error, a driver takes the nearest speed it supports, and drops mark and space parity if it supports
   // neither.
   termios2 taken;
-  if (ioctl(fd, TCGETS2, &taken) == 0 && IsNear(taken.c_ospeed, settings.baud) &&
-      IsNear(taken.c_ispeed, settings.baud) && (taken.c_cflag & CMSPAR) == (wanted.c_cflag & CMSPAR)) {
+  if (GetSettings(fd, taken) && IsNear(taken.c_ospeed, settings.baud) && IsNear(taken.c_ispeed, settings.baud) &&
+      (taken.c_cflag & CMSPAR) == (wanted.c_cflag & CMSPAR)) {
     return true;
   }
   ioctl(fd, TCSETS2, &found);

@@ -115,7 +115,7 @@ TEST(ReplyChecker, KnowsWhoseReplyItIsAndRecoversByTheNextPoll) {
 
 TEST(ReplyChecker, SaysSoWhenTheLineDoesNotFallSilent) {
   Replies noise = {{Hex("FF FF")}};
-  for (int i = 0; i < 200; ++i) noise.push_back({Hex("FF"), 10ms});
+  for (int i = 0; i < 1000; ++i) noise.push_back({Hex("FF"), 2ms});
   Bench bench(KindOf(SERDAT_ENVIR), {noise}, kGood);
   EXPECT_EQ(CodeOf(bench.Poll()), "line_noise");
 }
