@@ -35,7 +35,7 @@ bool AnnouncesPicture(const PollResult& result) {
 void UseFlashRoot(const std::string& directory) {
   std::error_code error;
   std::filesystem::create_directories(std::filesystem::path(directory) / kImageDirectory, error);
-  if (error) throw UsageError("--flash-root " + directory + ": the directory can't be created: " + error.message());
+  if (error) throw UsageError(directory + ": the directory can't be created: " + error.message());
   if (SetFlashRoot(directory.c_str()) == 0) throw std::bad_alloc();
 }
 
@@ -54,7 +54,8 @@ std::optional<Snapshot> FindSnapshot(const Kind& kind, const std::string& flash_
   };
   if (result->failure || !picture) {
     return fail(ExitCode::kSomeFailed, "not_stored",
-                "the picture came, but " + path.string() + " can't be created; --flash-root DIR stores it below DIR");
+                "the picture came, but " + path.string() + " can't be created" +
+                    (flash_root.empty() ? "; --flash-root DIR stores it below DIR" : ""));
   }
   if (picture->size() != data.length) {
     return fail(ExitCode::kSomeFailed, "not_stored",

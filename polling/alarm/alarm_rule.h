@@ -80,7 +80,7 @@ struct AlarmDevice {
 // The alarms of a site, each after the one that it depends on.
 struct AlarmRules {
   std::vector<AlarmRule> rules;
-  std::vector<AlarmDevice> devices;  // all of the site, in the order of its file
+  std::vector<AlarmDevice> devices;  // all of the site, in the order of its file, cameras last
   std::vector<std::string> lines;    // in the same order
 };
 

@@ -54,13 +54,8 @@ int ReadMinute(const JsonNode& node) {
 class RulesReader {
  public:
   explicit RulesReader(const Site& site) : site_(site) {
-    for (const SiteLine& line : site.lines) {
-      for (const SiteDevice& device : line.devices) {
-        rules_.devices.push_back({device.name, rules_.lines.size(), {}});
-        devices_.push_back(&device);
-      }
-      rules_.lines.push_back(line.name);
-    }
+    for (const SiteLine& line : site.lines) AddLine(line);
+    for (const SiteLine& camera : site.cameras) AddLine(camera);
   }
 
   AlarmRules Read(const std::optional<JsonNode>& alarms) {
@@ -73,6 +68,14 @@ class RulesReader {
   }
 
  private:
+  void AddLine(const SiteLine& line) {
+    for (const SiteDevice& device : line.devices) {
+      rules_.devices.push_back({device.name, rules_.lines.size(), {}});
+      devices_.push_back(&device);
+    }
+    rules_.lines.push_back(line.name);
+  }
+
   // Names become parts of addresses and topics.
   static void CheckNames(const std::string& name, const JsonNode& alarm, const JsonNode& all) {
     constexpr std::size_t kMost = 64;

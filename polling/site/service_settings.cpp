@@ -60,12 +60,22 @@ HistorySettings ReadHistory(const JsonNode& node) {
   return settings;
 }
 
+PictureSettings ReadPictures(const JsonNode& node) {
+  constexpr long kMostPictures = 100'000;
+  node.RequireObject({"keep", "most"});
+  PictureSettings settings;
+  if (const auto keep = node.Find("keep")) settings.keep = ReadKeep(*keep);
+  if (const auto most = node.Find("most")) settings.most = static_cast<std::size_t>(most->Integer(1, kMostPictures));
+  return settings;
+}
+
 }  // namespace
 
 ServiceSettings ReadServiceSettings(const JsonNode& root) {
   ServiceSettings settings;
   if (const auto unit = root.Find(kUnitKey)) settings.unit = ReadUnit(*unit);
   if (const auto history = root.Find(kHistoryKey)) settings.history = ReadHistory(*history);
+  if (const auto pictures = root.Find(kPicturesKey)) settings.pictures = ReadPictures(*pictures);
   if (const auto http = root.Find(kHttpKey)) settings.http = ReadHttpSettings(*http);
   return settings;
 }

@@ -16,16 +16,24 @@ struct HistorySettings {
   std::uint64_t size = 1'000'000'000;                      // most bytes of the database
 };
 
+// The pictures of each camera that are kept.
+struct PictureSettings {
+  std::chrono::milliseconds keep = std::chrono::days(30);
+  std::size_t most = 1000;  // 64 KiB each at most
+};
+
 // What the service does besides polling. `fieldline watch` checks it and uses none of it.
 struct ServiceSettings {
   std::string unit = "unit";  // the name of this unit among others
   HistorySettings history;
+  PictureSettings pictures;
   std::optional<HttpSettings> http{};  // nothing: no page
 };
 
 // The keys of a site file that are the service's.
 constexpr std::string_view kUnitKey = "unit";
 constexpr std::string_view kHistoryKey = "history";
+constexpr std::string_view kPicturesKey = "pictures";
 constexpr std::string_view kHttpKey = "http";
 
 // Reads them from the root of a site file. Throws UsageError.

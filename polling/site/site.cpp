@@ -17,7 +17,10 @@ namespace {
 
 constexpr std::string_view kInputs = "EIO1";  // device of the unit's own inputs
 constexpr std::chrono::milliseconds kUsualInterval(1000);
-constexpr long kMostPause = 60'000;  // ms
+constexpr std::chrono::milliseconds kUsualCameraInterval = std::chrono::hours(1);
+constexpr std::chrono::milliseconds kLeastCameraInterval(10'000);  // more than a picture of 64 KiB takes
+constexpr std::size_t kMostCameraName = 64;                        // it becomes the name of a directory
+constexpr long kMostPause = 60'000;                                // ms
 
 // Names are short because a line's name is part of its port definition, which has little room.
 bool IsLineName(std::string_view name) {
@@ -29,12 +32,13 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({kUnitKey, kHistoryKey, kHttpKey, "lines", "alarms"});
+    node.RequireObject({kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, "lines", "alarms"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, description] : lines.Members()) {
       SiteLine line = ReadLine(name, description);
-      if (!line.devices.empty()) site_.lines.push_back(std::move(line));
+      if (line.devices.empty()) continue;
+      (IsCamera(*line.devices[0].kind) ? site_.cameras : site_.lines).push_back(std::move(line));
     }
     if (site_.lines.empty()) lines.Refuse("a line with a device that is polled is needed");
     site_.alarms = ReadAlarmRules(node.Find("alarms"), site_);
@@ -56,33 +60,36 @@ class Reader {
     const auto members = devices.Members();
     if (members.empty()) devices.Refuse("a device is needed");
     for (const auto& [device, description] : members) {
-      if (const Kind* const kind = ControlledKind(description)) {
-        if (members.size() > 1) description.Refuse(std::string(kind->name) + " needs a line of its own");
-        ReadControlled(device, *kind, line, description);
+      const Kind* const kind = ControlledKind(description);
+      if (kind != nullptr && members.size() > 1) {
+        description.Refuse(std::string(kind->name) + " needs a line of its own");
+      }
+      if (kind != nullptr && !IsCamera(*kind)) {
+        CheckControlled(device, *kind, line, description);
       } else {
         line.devices.push_back(ReadDevice(device, line, description));
       }
+      if (kind != nullptr) site_.controlled.push_back({device, kind, line.port});
     }
     return line;
   }
 
-  // Null for a device that is watched, and for a wrong kind.
+  // Null for a device that is only watched, and for a wrong kind.
   static const Kind* ControlledKind(const JsonNode& node) {
     const auto kind = node.Find("kind");
     const Kind* const found = kind ? FindKind(kind->Text()) : nullptr;
     return found != nullptr && (!found->IsPolled() || IsCamera(*found)) ? found : nullptr;
   }
 
-  void ReadControlled(const std::string& name, const Kind& kind, const SiteLine& line, const JsonNode& node) {
+  // The alarm board or the display.
+  void CheckControlled(const std::string& name, const Kind& kind, const SiteLine& line, const JsonNode& node) {
     node.RequireObject({"kind"});
     if (line.local) node.Get("kind").Refuse("only di is at " + line.name);
     ClaimName(name, line, node);
     // The library has one controller and one display.
     const auto same = std::ranges::find(site_.controlled, &kind, &ControlledDevice::kind);
-    if (same != site_.controlled.end() && !IsCamera(kind)) {
-      node.Refuse("duplicate of " + same->name + ": a site has one device of kind " + std::string(kind.name));
-    }
-    site_.controlled.push_back({name, &kind, line.port});
+    if (same == site_.controlled.end()) return;
+    node.Refuse("duplicate of " + same->name + ": a site has one device of kind " + std::string(kind.name));
   }
 
   LineConfig ReadPort(const std::string& name, const JsonNode& node) {
@@ -147,7 +154,12 @@ class Reader {
       node.Get("kind").Refuse(line.local ? "only di is at " + line.name
                                          : std::string(kind.name) + " is on no line, but at " + std::string(kInputs));
     }
-    SiteDevice device{name, &kind, kind.address, kUsualInterval, OptionsOf(line.port), SplitRuns(FieldsOf(kind)), 0};
+    const bool is_camera = IsCamera(kind);
+    if (is_camera && name.size() > kMostCameraName) {
+      node.Refuse("the name of a camera has at most " + std::to_string(kMostCameraName) + " bytes");
+    }
+    const auto usual_interval = is_camera ? kUsualCameraInterval : kUsualInterval;
+    SiteDevice device{name, &kind, kind.address, usual_interval, OptionsOf(line.port), SplitRuns(FieldsOf(kind)), 0};
     ReadOptions(node, device.options);
     if (const auto address = node.Find("address")) {
       if (kind.address == 0) address->Refuse(std::string(kind.name) + " has no address; leave it out");
@@ -157,7 +169,10 @@ class Reader {
       if (other.kind != &kind || other.address != device.address) continue;
       node.Refuse("duplicate of " + other.name + ": the same kind at the same address of the line");
     }
-    if (const auto interval = node.Find("interval")) device.interval = interval->Duration();
+    if (const auto interval = node.Find("interval")) {
+      device.interval = interval->Duration();
+      if (is_camera && device.interval < kLeastCameraInterval) interval->RefuseAsNot("at least 10s, for a picture");
+    }
     if (const auto show = node.Find("show")) device.shown = FindNumber(show->Text(), device, *show);
     if (const auto scales = node.Find("scale")) {
       for (const auto& [number, scale] : scales->Members()) {

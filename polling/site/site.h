@@ -31,7 +31,7 @@ struct SiteLine {
   std::vector<SiteDevice> devices;
 };
 
-// A device that is used and not watched, on a line of its own: the alarm board, the display or a camera.
+// A device that something is done with, on a line of its own: the alarm board, the display or a camera.
 struct ControlledDevice {
   std::string name;
   const Kind* kind;
@@ -43,8 +43,9 @@ struct Site {
   Site() = default;
   Site(Site&&) = default;
 
-  std::vector<SiteLine> lines;  // with watched devices
-  std::vector<ControlledDevice> controlled;
+  std::vector<SiteLine> lines;               // with watched devices
+  std::vector<SiteLine> cameras;             // each with one camera, which only the service polls
+  std::vector<ControlledDevice> controlled;  // cameras, too
   ServiceSettings service;
   AlarmRules alarms;
   std::deque<std::string> texts;  // the fields' names and units point into these

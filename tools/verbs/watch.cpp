@@ -35,7 +35,9 @@ using nlohmann::ordered_json;
 
 constexpr char kExamples[] =
     "On a terminal the devices are shown in a table. Otherwise, and with --json or a trace on standard error, every\n"
-    "poll is printed as a JSON object on one line.\n\n"
+    "poll is printed as a JSON object on one line. The whole file is checked; the alarm board, the display and "
+    "cameras\n"
+    "in it are not used: fieldlined takes the pictures.\n\n"
     "Examples:\n"
     "  fieldline watch examples/site.json\n"
     "  fieldline watch site.json --json --duration 3600s >night.jsonl\n"

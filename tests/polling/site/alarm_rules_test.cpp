@@ -76,7 +76,7 @@ TEST(AlarmRules, AreReadWhole) {
   EXPECT_EQ(any.parts[1].bit, 3);
   EXPECT_EQ(any.parts[2].time, 1h);
   EXPECT_EQ(site.alarms.rules[1].on_delay, 500ms);
-  ASSERT_EQ(site.alarms.devices.size(), 2u);  // the board and the camera are not polled
+  ASSERT_EQ(site.alarms.devices.size(), 3u);  // the board is not polled
   EXPECT_EQ(site.alarms.devices[0].numbers.size(), 2u);
 }
 

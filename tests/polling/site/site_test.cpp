@@ -46,6 +46,23 @@ TEST(Site, EveryNumberMayHaveAScale) {
   EXPECT_EQ(site.lines[0].devices[1].fields[1].factor, 1);
 }
 
+TEST(Site, CamerasStandBesideTheWatchedLines) {
+  const Site site = Read(R"({"pictures": {"keep": "7d", "most": 50}, "lines": {
+    "B": {"path": "/dev/b", "settings": "115200,n,8,1", "devices": {"door": {"kind": "camera"}}},
+    "A": {"path": "/dev/a", "settings": "9600,n,8,1", "devices": {"entrance": {"kind": "card"}}},
+    "C": {"path": "/dev/c", "settings": "115200,n,8,1", "timeout": "2,200",
+          "devices": {"yard": {"kind": "camera-3ge", "interval": "10s"}}}}})");
+  ASSERT_EQ(site.lines.size(), 1u);
+  EXPECT_EQ(site.lines[0].devices[0].name, "entrance");
+  ASSERT_EQ(site.cameras.size(), 2u);
+  EXPECT_EQ(site.cameras[0].devices[0].interval, std::chrono::hours(1));
+  EXPECT_EQ(site.cameras[1].devices[0].interval, std::chrono::seconds(10));
+  EXPECT_EQ(site.cameras[1].devices[0].options.timeout.constant, 200);
+  ASSERT_EQ(site.controlled.size(), 2u);  // alarms take pictures, too
+  EXPECT_EQ(site.service.pictures.keep, std::chrono::days(7));
+  EXPECT_EQ(site.service.pictures.most, 50u);
+}
+
 TEST(Site, IsCheckedWhole) {
   // Files with these members of a line, or of a device.
   const auto line = [](const std::string& members) {
@@ -82,7 +99,10 @@ TEST(Site, IsCheckedWhole) {
   expect_refusal(device(""), "/lines/A/devices/probe: \"kind\" is missing");
   expect_refusal(device(R"("kind": "toaster")"), "/probe/kind: there is no kind \"toaster\"; the kinds are envir, ");
   expect_refusal(device(R"("kind": "di")"), "di is on no line");
-  expect_refusal(device(R"("kind": "camera", "interval": "1h")"), "/probe/interval: there is no such key");
+  expect_refusal(device(R"("kind": "camera", "interval": "9s")"), "/probe/interval: at least 10s");
+  expect_refusal(line(R"("settings": "9600,n,8,1", "devices": {"x": {"kind": "ups"}, "eye": {"kind": "camera"}})"),
+                 "/devices/eye: camera needs a line of its own");
+  expect_refusal(R"({"pictures": {"most": 0}, "lines": {}})", "/pictures/most: a whole number from 1 to 100000");
   expect_refusal(line(R"("settings": "9600,n,8,1", "devices": {"x": {"kind": "ups"}, "board": {"kind": "alarm"}})"),
                  "/devices/board: alarm needs a line of its own");
   expect_refusal(R"({"lines": {"A": {"path": "/dev/a", "settings": "9600,n,8,1", "devices": {"x": {"kind": "alarm"}}},
