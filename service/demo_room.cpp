@@ -34,8 +34,6 @@ sim::Scenario MakeScenario() {
   return scenario;
 }
 
-bool IsPolled(const sim::RoomDevice& device) { return device.kind->IsPolled() && !IsCamera(*device.kind); }
-
 // The units of the probes' values, which differ from model to model, so that the library knows none.
 ordered_json ProbeScale() {
   return ordered_json::parse(
@@ -86,7 +84,7 @@ Site DemoRoom::MakeSite() const {
   site["unit"] = "demo-room";
   const sim::RoomLayout layout = sim::MachineRoom();
   for (const sim::RoomDevice& device : layout.devices) {
-    if (!IsPolled(device)) continue;
+    if (!device.kind->IsPolled()) continue;
     ordered_json& line = site["lines"][std::string(device.line)];
     const sim::RoomLine& described = sim::LineOf(layout, device);
     line["path"] = LinkTo(device.line);
@@ -95,6 +93,7 @@ Site DemoRoom::MakeSite() const {
     entry["kind"] = device.kind->name;
     if (device.kind->HasAddress()) entry["address"] = device.address;
     if (device.kind->number == SERDAT_ENVIR) entry["scale"] = ProbeScale();
+    if (IsCamera(*device.kind)) entry["interval"] = "30s";
   }
   const std::string path = scratch_.Path() / "site.json";
   std::ofstream(path) << site.dump(2);

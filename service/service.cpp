@@ -13,6 +13,7 @@
 #include "service/history/history_writer.h"
 #include "service/http/http_service.h"
 #include "service/live_state.h"
+#include "service/picture/camera_watch.h"
 #include "service/room_watch.h"
 #include "service/say.h"
 
@@ -37,16 +38,22 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   ChangeLog changes(devices);
   LiveState live(devices);
   HistoryWriter history(HistoryPath(state_directory), devices, site.service.history, Say);
-  RoomWatch room(site, [&](std::size_t device, const PollResult& result) {
+  const auto report = [&](std::size_t device, const PollResult& result) {
     changes.Add(device, result);
     live.Add(device, result);
     history.Add(EntryOf(device, result));
-  });
-  const Api api(site, live, HistoryPath(state_directory), [&room] { return room.IsAlive(); });
+  };
+  const std::string picture_directory = state_directory + "/pictures";
+  const PictureShelf shelf(picture_directory, site.service.pictures);
+  PictureTaker taker(picture_directory, shelf);
+  CameraWatch cameras(site, taker, report);
+  RoomWatch room(site, report);
+  const Api api(site, live, HistoryPath(state_directory), shelf, [&room] { return room.IsAlive(); });
   std::optional<HttpService> http;
   if (site.service.http) http.emplace(*site.service.http, site.service.unit, api, live, Say);
   try {
     room.Start();
+    cameras.Start();
   } catch (const std::system_error& error) {
     Interrupt();
     Say("no thread can be made for each line: " + std::string(error.what()));
@@ -54,7 +61,7 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   }
   NotifyServiceManager("READY=1");
   Say("unit " + site.service.unit + ": " + std::to_string(devices.size()) + " devices on " +
-      std::to_string(site.lines.size()) + " lines");
+      std::to_string(site.lines.size() + site.cameras.size()) + " lines");
   bool was_alive = true;
   do {
     const bool is_alive = room.IsAlive();

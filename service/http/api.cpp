@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "polling/kind_name.h"
 #include "polling/record/poll_json.h"
 #include "polling/text.h"
 #include "polling/usage_error.h"
@@ -78,6 +79,23 @@ ordered_json FieldToJson(const RecordField& field) {
   return json;
 }
 
+ordered_json LineToJson(const SiteLine& line) {
+  ordered_json json;
+  json["line"] = line.name;
+  json["port"] = line.local ? ordered_json() : ordered_json(line.port.shown);
+  for (const SiteDevice& device : line.devices) {
+    ordered_json& entry = json["devices"].emplace_back();
+    entry["device"] = device.name;
+    entry["kind"] = device.kind->name;
+    entry["description"] = device.kind->description;
+    entry["address"] = device.kind->HasAddress() ? ordered_json(device.address) : ordered_json();
+    entry["interval_ms"] = device.interval.count();
+    entry["shown"] = device.fields[device.shown].name;
+    for (const RecordField& field : device.fields) entry["fields"].push_back(FieldToJson(field));
+  }
+  return json;
+}
+
 ordered_json PointToJson(UnixTime time, const std::optional<Plot::Part>& part) {
   if (!part) return {time, nullptr, nullptr, nullptr};
   return {time, part->least, part->mean, part->most};
@@ -93,8 +111,9 @@ Reply ErrorReply(int status, std::string_view code, const std::string& message) 
   return {status, "application/json", ToText(json) + '\n'};
 }
 
-Api::Api(const Site& site, const LiveState& live, std::string history_path, std::function<bool()> is_alive)
-    : site_(site), live_(live), history_path_(std::move(history_path)), is_alive_(std::move(is_alive)) {}
+Api::Api(const Site& site, const LiveState& live, std::string history_path, const PictureShelf& shelf,
+         std::function<bool()> is_alive)
+    : site_(site), live_(live), history_path_(std::move(history_path)), shelf_(shelf), is_alive_(std::move(is_alive)) {}
 
 std::optional<Reply> Api::Get(const std::string& path, const Parameters& parameters) const {
   const auto without_parameters = [&parameters](const Reply& reply) {
@@ -109,6 +128,8 @@ std::optional<Reply> Api::Get(const std::string& path, const Parameters& paramet
     if (path == "/api/v1/latest") return Latest(parameters);
     if (path == "/api/v1/history") return History(parameters);
     if (path == "/api/v1/events") return Events(parameters);
+    if (path == "/api/v1/pictures") return Pictures(parameters);
+    if (path == "/api/v1/picture") return OnePicture(parameters);
   } catch (const UsageError& error) {
     return ErrorReply(400, "bad_request", error.what());
   } catch (const DatabaseError& error) {
@@ -140,21 +161,8 @@ Reply Api::Health() const {
 Reply Api::SiteDescription() const {
   ordered_json json = Head();
   json["version"] = FIELDLINE_VERSION;
-  for (const SiteLine& line : site_.lines) {
-    ordered_json& described = json["lines"].emplace_back();
-    described["line"] = line.name;
-    described["port"] = line.local ? ordered_json() : ordered_json(line.port.shown);
-    for (const SiteDevice& device : line.devices) {
-      ordered_json& entry = described["devices"].emplace_back();
-      entry["device"] = device.name;
-      entry["kind"] = device.kind->name;
-      entry["description"] = device.kind->description;
-      entry["address"] = device.kind->HasAddress() ? ordered_json(device.address) : ordered_json();
-      entry["interval_ms"] = device.interval.count();
-      entry["shown"] = device.fields[device.shown].name;
-      for (const RecordField& field : device.fields) entry["fields"].push_back(FieldToJson(field));
-    }
-  }
+  for (const SiteLine& line : site_.lines) json["lines"].push_back(LineToJson(line));
+  for (const SiteLine& camera : site_.cameras) json["lines"].push_back(LineToJson(camera));
   return JsonReply(json);
 }
 
@@ -237,6 +245,37 @@ Reply Api::Events(const Parameters& parameters) const {
     entry["error"] = event.code.empty() ? ordered_json() : FailureToJson(event.code, event.message);
   }
   return JsonReply(json);
+}
+
+std::string Api::RequireCamera(const Parameters& parameters) const {
+  const std::string name = RequireText(parameters, "device");
+  if (IsCamera(*live_.devices()[RequireDevice(name)].device->kind)) return name;
+  throw UsageError("'" + Escaped(name) + "' is no camera");
+}
+
+Reply Api::Pictures(const Parameters& parameters) const {
+  constexpr int kUsualPictures = 20;
+  constexpr int kMostPictures = 1000;
+  RequireKnown(parameters, {"device", "limit"});
+  const std::string camera = RequireCamera(parameters);
+  const int limit = Number(parameters, "limit", kUsualPictures, kMostPictures);
+  ordered_json json = Head();
+  json["device"] = camera;
+  ordered_json& pictures = json["pictures"] = ordered_json::array();
+  for (const Picture& picture : shelf_.List(camera, static_cast<std::size_t>(limit))) {
+    ordered_json& entry = pictures.emplace_back();
+    entry["time"] = picture.time;
+    entry["bytes"] = picture.size;
+  }
+  return JsonReply(json);
+}
+
+Reply Api::OnePicture(const Parameters& parameters) const {
+  RequireKnown(parameters, {"device", "time"});
+  const std::string camera = RequireCamera(parameters);
+  auto picture = shelf_.Read(camera, Text(parameters, "time", ""));
+  if (!picture) return ErrorReply(404, "no_picture", "there is no such picture, or it is kept no more");
+  return {200, "image/jpeg", *std::move(picture)};
 }
 
 // Null before the first write of all.

@@ -11,6 +11,7 @@
 #include "polling/site/site.h"
 #include "service/history/database.h"
 #include "service/live_state.h"
+#include "service/picture/picture_shelf.h"
 
 namespace fieldline::service {
 
@@ -29,8 +30,9 @@ class Api {
  public:
   using Parameters = std::multimap<std::string, std::string>;
 
-  // `site` and `live` must outlive this; `is_alive` tells whether all lines are polled.
-  Api(const Site& site, const LiveState& live, std::string history_path, std::function<bool()> is_alive);
+  // `site`, `live` and `shelf` must outlive this; `is_alive` tells whether all lines are polled.
+  Api(const Site& site, const LiveState& live, std::string history_path, const PictureShelf& shelf,
+      std::function<bool()> is_alive);
 
   // Nothing when there is no such path.
   std::optional<Reply> Get(const std::string& path, const Parameters& parameters) const;
@@ -60,15 +62,19 @@ class Api {
   Reply Latest(const Parameters& parameters) const;
   Reply History(const Parameters& parameters) const;
   Reply Events(const Parameters& parameters) const;
+  Reply Pictures(const Parameters& parameters) const;
+  Reply OnePicture(const Parameters& parameters) const;
   Reply Health() const;
 
   std::unique_ptr<Database> OpenHistory() const;
   std::size_t RequireDevice(const std::string& name) const;
+  std::string RequireCamera(const Parameters& parameters) const;
   nlohmann::ordered_json Head() const;
 
   const Site& site_;
   const LiveState& live_;
   const std::string history_path_;
+  const PictureShelf& shelf_;
   const std::function<bool()> is_alive_;
 };
 

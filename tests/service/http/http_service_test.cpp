@@ -69,7 +69,8 @@ class Served : public testing::Test {
   const std::vector<WatchedDevice> devices_ = DevicesOf(site_);
   bool is_alive_ = true;
   LiveState live_{devices_};
-  const Api api_{site_, live_, directory_.Path("history.db"), [this] { return is_alive_; }};
+  const PictureShelf shelf_{directory_.Path("pictures"), {}};
+  const Api api_{site_, live_, directory_.Path("history.db"), shelf_, [this] { return is_alive_; }};
   std::optional<HttpService> service_;
   std::optional<httplib::Client> client_;
 };
