@@ -6,6 +6,8 @@
 const SILENCE_MS = 12000;     // the service says something every 5 s
 const RECONNECT_MS = 2000;
 const RECENT_POLLS = 40;
+const PICTURES = 12;
+const CAMERAS = ["camera", "camera-3ge"];
 const RANKS = {line_lost: 5, failed: 4, overdue: 3, waiting: 2, good: 0};
 const RANGES = {
   "1h": {points: 360, refresh: 5000},
@@ -23,6 +25,7 @@ const state = {
   heard: 0,            // when the service said something last, Date.now()
   lost: false,
   opened: null,        // the device that is shown alone
+  picture: null,       // time of the picture that was chosen; null: the latest
   range: "1h",
   plot: null,
 };
@@ -255,7 +258,7 @@ function showCondition() {
 async function showPlot() {
   const name = state.opened;
   const field = byId("field").value;
-  if (!name || !field) return;
+  if (!name || !field || byId("plot-area").hidden) return;
   const range = state.range;
   const query = new URLSearchParams({device: name, field, from: range, points: RANGES[range].points});
   try {
@@ -265,6 +268,58 @@ async function showPlot() {
   } catch (error) {
     setText(byId("point"), error.message);
   }
+}
+
+function picturePath(time) {
+  return "api/v1/picture?" + new URLSearchParams({device: state.opened, time});
+}
+
+// The chosen one large, and the last ones to choose from.
+async function showPictures() {
+  const name = state.opened;
+  if (!name || !CAMERAS.includes(state.site.get(name)?.device.kind)) return;
+  try {
+    const query = new URLSearchParams({device: name, limit: PICTURES});
+    const {pictures} = await getJson("api/v1/pictures?" + query);
+    if (name !== state.opened) return;
+    byId("picture").hidden = pictures.length === 0;
+    if (!pictures.length) {
+      setText(byId("picture-time"), "There is no picture yet.");
+      byId("pictures").replaceChildren();
+      return;
+    }
+    const chosen = pictures.find(({time}) => time === state.picture) ?? pictures[0];
+    const path = picturePath(chosen.time);
+    if (byId("picture").getAttribute("src") !== path) byId("picture").src = path;
+    byId("picture").alt = name + ", " + timeText(chosen.time);
+    setText(byId("picture-time"), timeText(chosen.time) + (chosen === pictures[0] ? ", the latest" : ""));
+    const times = pictures.map(({time}) => time).join();
+    const list = byId("pictures");
+    if (list.dataset.times !== times) list.replaceChildren(...pictures.map(({time}) => makePictureButton(time)));
+    list.dataset.times = times;
+    for (const button of list.querySelectorAll("button")) {
+      button.setAttribute("aria-pressed", button.dataset.time === chosen.time);
+    }
+  } catch (error) {
+    setText(byId("picture-time"), error.message);
+  }
+}
+
+function makePictureButton(time) {
+  const item = element("li");
+  const button = element("button");
+  const image = element("img");
+  image.loading = "lazy";
+  image.alt = "";
+  image.src = picturePath(time);
+  button.dataset.time = time;
+  button.append(image, element("span", "", timeText(time)));
+  button.addEventListener("click", () => {
+    state.picture = time;
+    showPictures();
+  });
+  item.append(button);
+  return item;
 }
 
 function drawPlot(history) {
@@ -326,7 +381,15 @@ function openDevice(name) {
     option.selected = field.field === device.shown;
     return option;
   }));
-  byId("plot-area").hidden = numbers.length === 0;
+  const isCamera = CAMERAS.includes(device.kind);
+  byId("plot-area").hidden = numbers.length === 0 || isCamera;
+  byId("picture-area").hidden = !isCamera;
+  byId("picture").hidden = true;
+  byId("pictures").replaceChildren();
+  delete byId("pictures").dataset.times;
+  setText(byId("picture-time"), "");
+  state.picture = null;
+  showPictures();
   byId("record").replaceChildren();
   byId("failures").replaceChildren();
   showCondition();
@@ -365,6 +428,7 @@ function follow() {
   if (name !== null && name === state.opened) {
     showCondition();
     showRecord();
+    showPictures();
     showPlot();
   } else if (name !== null && state.site.has(name)) {
     openDevice(name);
@@ -406,6 +470,7 @@ function hear(list) {
   if (state.opened && list.some((data) => data.device === state.opened)) {
     showCondition();
     showRecord();
+    showPictures();
     if (changed) {
       setTimeout(() => state.opened &&
         showEvents(byId("failures"), "from=7d&limit=50&device=" + encodeURIComponent(state.opened)), 1500);
