@@ -16,6 +16,7 @@ using namespace std::chrono_literals;
 constexpr auto kBetweenWrites = 1s;
 constexpr auto kBetweenTries = 10s;  // of a database that can't be opened or written
 constexpr auto kBetweenUpkeeps = 1min;
+constexpr auto kDoubt = 24h;  // after the clock was set forward: by then somebody has seen whether it is right
 constexpr std::size_t kMostWaiting = 100'000;  // polls: half an hour of fifty devices polled each second
 constexpr UnixTime kSettling = 30'000;         // ms that a slot is old before its values are made
 
@@ -99,7 +100,8 @@ void HistoryWriter::KeepInOrder() {
   const UnixTime now = ToUnixTime(std::chrono::system_clock::now());
   try {
     Summarise(store_->database(), now - kSettling);
-    RemoveOld(store_->database(), now, settings_.keep);
+    DoubtClock(now);
+    if (Clock::now() >= doubt_until_) RemoveOld(store_->database(), now, settings_.keep);
     if (const auto removed = Shrink(store_->database(), settings_.size)) {
       notice_("the history has reached its size: readings before " + IsoTime(ToTime(*removed), 0) + " were removed");
     }
@@ -110,6 +112,16 @@ void HistoryWriter::KeepInOrder() {
       Fail(error.what());
     }
   }
+}
+
+// A clock that goes wrong by years would make all readings old, and they would be removed.
+void HistoryWriter::DoubtClock(UnixTime now) {
+  const UnixTime clock = std::chrono::floor<std::chrono::milliseconds>(Clock::now().time_since_epoch()).count();
+  if (clock_offset_ && now - clock > *clock_offset_ + kHour) {
+    doubt_until_ = Clock::now() + kDoubt;
+    notice_("the clock was set forward to " + IsoTime(ToTime(now), 0) + ": for a day nothing is removed for being old");
+  }
+  clock_offset_ = now - clock;
 }
 
 void HistoryWriter::SetAside(const std::string& reason) {

@@ -43,6 +43,7 @@ class HistoryWriter {
   void WriteWaiting();
   void WriteOnce(std::span<const HistoryEntry> entries);
   void KeepInOrder();
+  void DoubtClock(UnixTime now);
   void SetAside(const std::string& reason);
   void Fail(const std::string& reason);
 
@@ -59,6 +60,8 @@ class HistoryWriter {
   std::string trouble_;                // that was told last; empty: none
   Clock::time_point next_try_{};
   Clock::time_point next_upkeep_{};
+  std::optional<UnixTime> clock_offset_;  // the time minus a clock that nobody sets, at the last upkeep
+  Clock::time_point doubt_until_{};       // nothing is removed for being old before
   std::condition_variable_any wake_;
   std::jthread thread_;  // last: it uses all of the above
 };

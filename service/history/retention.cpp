@@ -64,6 +64,8 @@ void RemoveSummaries(Database& database, UnixTime before) {
 
 void RemoveOld(Database& database, UnixTime now, std::chrono::milliseconds keep) {
   Transaction transaction(database);
+  // Not so after a clock that was wrong and far ahead.
+  Statement(database, "UPDATE progress SET readings_from = min(readings_from, ?)").Bind(now).Run();
   RemoveReadings(database, now - keep.count());
   RemoveSummaries(database, now - kSummariesLast * keep.count());
   RemoveRuns(database);

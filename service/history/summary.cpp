@@ -138,6 +138,8 @@ std::optional<UnixTime> FirstSlot(Database& database) {
 
 void Summarise(Database& database, UnixTime until) {
   Transaction transaction(database);
+  // After a clock that was wrong and far ahead, what was made then does not stand for the slots that come now.
+  Statement(database, "UPDATE progress SET summarised = min(summarised, ?)").Bind(until / kSlot * kSlot).Run();
   std::optional<Summariser> summariser;
   for (std::optional<UnixTime> slot = FirstSlot(database); slot && *slot + kSlot <= until; slot = FirstSlot(database)) {
     if (!summariser) summariser.emplace(database);

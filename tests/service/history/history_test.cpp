@@ -122,6 +122,22 @@ TEST_F(History, SurvivesAClockThatIsSet) {
             "2023-11-14T22:15:13.000Z,2023-11-14T22:15:13.000Z,1,,40,450\n");
 }
 
+TEST_F(History, IsWholeAgainAfterAClockThatWasFarAhead) {
+  constexpr UnixTime kDecade = 87'600 * kHour;
+  constexpr std::chrono::hours kKeep(1);
+  clock_was_set_by_ = kDecade;
+  Write({Good(0, 100), Good(10'000, 200)});
+  Summarise(store_->database(), kStart + kDecade + kHour);
+  RemoveOld(store_->database(), kStart + kDecade + kHour, kKeep);
+  clock_was_set_by_ = 0;
+  Write({Good(20'000, 300), Good(70'000, 300)});
+  Summarise(store_->database(), kStart + 60'000);
+  Summarise(store_->database(), kStart + 2 * kSlot);
+  RemoveOld(store_->database(), kStart + 2 * kSlot, kKeep);
+  EXPECT_EQ(Rows("summary WHERE slot = " + std::to_string(kStart)), 2) << "a row for each number of the probe";
+  EXPECT_LE(store_->database().Query("SELECT readings_from FROM progress"), kStart + 2 * kSlot);
+}
+
 TEST_F(History, TellsWhenALineIsLostAndBack) {
   Write({Good(0, 1), Failed(1000, "line_gone", true), Failed(2000, "no_such_device", true),
          Failed(3000, "no_such_device", true), Failed(4000, "no_answer")});
