@@ -9,6 +9,7 @@
 #include "fieldline/platform/console.h"
 #include "fieldline/platform/service_manager.h"
 #include "polling/text.h"
+#include "service/alarm/alarm_service.h"
 #include "service/change_log.h"
 #include "service/history/history_writer.h"
 #include "service/http/http_service.h"
@@ -37,7 +38,10 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   ChangeLog changes(devices);
   LiveState live(devices);
   HistoryWriter history(HistoryPath(state_directory), devices, site.service.history, Say);
+  AlarmService alarms(site, HistoryPath(state_directory), AlarmService::ActorsOf(site, state_directory), Say,
+                      [&history] { return history.TimesSetAside(); });
   RoomWatch room(site, [&](std::size_t device, const PollResult& result) {
+    alarms.Add(device, result);
     changes.Add(device, result);
     live.Add(device, result);
     history.Add(EntryOf(device, result));
