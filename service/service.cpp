@@ -46,7 +46,8 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
     live.Add(device, result);
     history.Add(EntryOf(device, result));
   });
-  const Api api(site, live, HistoryPath(state_directory), [&room] { return room.IsAlive(); });
+  alarms.WhenChanged([&live] { live.Wake(); });
+  const Api api(site, live, alarms, HistoryPath(state_directory), [&room] { return room.IsAlive(); });
   std::optional<HttpService> http;
   if (site.service.http) http.emplace(*site.service.http, site.service.unit, api, live, Say);
   try {
