@@ -1,5 +1,5 @@
 // What a connection brings to the web server: it always ends, nothing is answered without the token, and nothing but
-// GET and HEAD gets through.
+// GET, HEAD and POST gets through.
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -39,8 +39,10 @@ const service::Access& TheAccess() {
 std::string_view input;
 
 void Answer(const httplib::Request& request, httplib::Response& response) {
-  Require(request.method == "GET" || request.method == "HEAD");
-  Require(request.body.empty() && request.ranges.empty() && request.files.empty());
+  const bool is_post = request.method == "POST";
+  Require(is_post || request.method == "GET" || request.method == "HEAD");
+  Require(request.body.size() <= (is_post ? service::kMostBodyBytes : 0));
+  Require(request.ranges.empty() && request.files.empty());
   const std::string host = request.get_header_value("Host");
   const std::string authorization = request.get_header_value("Authorization");
   const std::string cookie = request.get_header_value("Cookie");

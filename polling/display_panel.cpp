@@ -19,8 +19,11 @@ PollResult DisplayPanel::Run(const std::function<unsigned long(CHubMonitor& disp
   if (polled_.port().IsOpened() == 0) {
     if (const std::optional<Failure> failure = polled_.Open(line_)) return FailedToOpen(*failure);
   }
-  return PollOnce(KindOf(SERDAT_MONITOR), 0, &polled_, OptionsOf(line_),
-                  [&] { return static_cast<int>(operation(*display_)); });
+  PollResult result = PollOnce(KindOf(SERDAT_MONITOR), 0, &polled_, OptionsOf(line_),
+                               [&] { return static_cast<int>(operation(*display_)); });
+  // A line that is gone is closed at once, so that its adapter gets the same name when it is plugged in again.
+  if (result.failure) polled_.port().Close();
+  return result;
 }
 
 }  // namespace fieldline

@@ -41,6 +41,24 @@ ordered_json ProbeScale() {
                                  "register_0": {"factor": 10, "unit": "%", "minimum": 0, "maximum": 100}})");
 }
 
+// For what fails in each round.
+ordered_json Alarms() {
+  return ordered_json::parse(R"({
+    "doors silent": {
+      "when": {"device": "doors", "silent_for": "10s"}, "severity": "high",
+      "do": [{"sms": {"to": ["5550100"], "text": "{unit}: {alarm} since {since}"}},
+             {"relay": {"number": 1, "state": "on", "while": "active"}}],
+      "repeat": "30m", "escalate": {"after": "15m", "do": [{"dial": {"to": "5550102"}}]}},
+    "battery monitor unplugged": {
+      "when": {"line_gone": "ESL5"}, "do": [{"display": {"page": 3}}, {"speech": {"text": "{alarm}"}}]},
+    "cold aisle too warm": {
+      "when": {"device": "cold-aisle", "field": "register_1", "above": 28, "unit": "°C", "for": "10s"},
+      "clear": {"below": 26.5, "for": "10s"}, "severity": "critical",
+      "do": [{"sms": {"to": ["5550100", "5550101"], "text": "{unit}: {device} {value} since {since}"}},
+             {"picture": {"camera": "camera-1", "mms": ["5550100"]}}]}
+  })");
+}
+
 }  // namespace
 
 DemoRoom::DemoRoom() : room_(sim::MachineRoom(), scratch_.Path()) {
@@ -84,17 +102,18 @@ Site DemoRoom::MakeSite() const {
   site["unit"] = "demo-room";
   const sim::RoomLayout layout = sim::MachineRoom();
   for (const sim::RoomDevice& device : layout.devices) {
-    if (!device.kind->IsPolled()) continue;
     ordered_json& line = site["lines"][std::string(device.line)];
     const sim::RoomLine& described = sim::LineOf(layout, device);
     line["path"] = LinkTo(device.line);
     if (described.baud != 0) line["settings"] = std::to_string(described.baud) + ",n,8,1";
     ordered_json& entry = line["devices"][std::string(device.name)];
     entry["kind"] = device.kind->name;
+    if (!device.kind->IsPolled()) continue;  // used when there is an alarm
     if (device.kind->HasAddress()) entry["address"] = device.address;
     if (device.kind->number == SERDAT_ENVIR) entry["scale"] = ProbeScale();
     if (IsCamera(*device.kind)) entry["interval"] = "30s";
   }
+  site["alarms"] = Alarms();
   const std::string path = scratch_.Path() / "site.json";
   std::ofstream(path) << site.dump(2);
   return ReadSite(path);

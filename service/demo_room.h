@@ -16,7 +16,7 @@ class DemoRoom {
   // Throws std::runtime_error when the system has no pseudo-terminals for it.
   DemoRoom();
 
-  // Of all its devices that are polled. The room must outlive what polls them.
+  // Of all its devices, with some alarms. The room must outlive what polls them.
   Site MakeSite() const;
 
   // An empty directory.

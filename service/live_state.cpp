@@ -69,6 +69,14 @@ void LiveState::Add(std::size_t device, const PollResult& result) {
   changed_.notify_all();
 }
 
+void LiveState::Wake() {
+  {
+    const std::lock_guard lock(mutex_);
+    ++version_;
+  }
+  changed_.notify_all();
+}
+
 DeviceState LiveState::Get(std::size_t device) const {
   const std::lock_guard lock(mutex_);
   return states_[device];

@@ -62,6 +62,9 @@ class LiveState {
 
   void Add(std::size_t device, const PollResult& result);
 
+  // Something else that is shown has changed: who waits for a change looks.
+  void Wake();
+
   DeviceState Get(std::size_t device) const;
 
   // Counts the changes. Device states carry the version in which they were changed last.

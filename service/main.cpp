@@ -13,6 +13,7 @@
 #include "polling/site/site.h"
 #include "polling/text.h"
 #include "polling/usage_error.h"
+#include "service/alarm/test_request.h"
 #include "service/demo_room.h"
 #include "service/history/export.h"
 #include "service/parse_time.h"
@@ -26,6 +27,7 @@ constexpr char kExamples[] =
     "Examples:\n"
     "  fieldlined site.json --check\n"
     "  fieldlined site.json --state /var/lib/fieldlined\n"
+    "  fieldlined site.json --test-alarm 'cold aisle too warm'\n"
     "  fieldlined --demo --listen 127.0.0.1:8080\n"
     "  fieldlined export site.json --device cold-aisle --from 24h --csv >cold-aisle.csv\n\n"
     "Exit codes:\n"
@@ -40,6 +42,7 @@ struct Arguments {
   bool check = false;
   bool demo = false;
   std::string listen = "127.0.0.1:8080";
+  std::string test_alarm;
 
   std::string device;
   std::string from = "24h";
@@ -70,6 +73,9 @@ ExitCode RunExport(const Arguments& arguments) {
 ExitCode RunSite(const Arguments& arguments) {
   const Site site = RequireSite(arguments);
   if (arguments.check) return ExitCode::kGood;
+  if (!arguments.test_alarm.empty()) {
+    return RequestTest(site, HistoryPath(arguments.state), arguments.test_alarm, std::cout);
+  }
   std::error_code error;
   std::filesystem::create_directories(arguments.state, error);
   DirectoryLock lock;
@@ -102,6 +108,10 @@ ExitCode RunProgram(int argc, char** argv) {
   app.add_option("SITE", arguments.site, "Site file, see docs/commissioning.md")->type_name("");
   app.add_flag("--check", arguments.check, "Only check the site file");
   app.add_option("--state", arguments.state, "Directory of the history [/var/lib/fieldlined]")->type_name("DIR");
+
+  app.add_option("--test-alarm", arguments.test_alarm,
+                 "Have the running service raise this alarm for a minute, marked as a test, and show what was done")
+      ->type_name("NAME");
 
   app.add_flag("--demo", arguments.demo, "Watch a simulated room; needs no site file, and leaves nothing behind");
   app.add_option("--listen", arguments.listen, "Where the demo's page is [127.0.0.1:8080]")->type_name("ADDRESS:PORT");

@@ -9,6 +9,7 @@
 #include "fieldline/platform/console.h"
 #include "fieldline/platform/service_manager.h"
 #include "polling/text.h"
+#include "service/alarm/alarm_service.h"
 #include "service/change_log.h"
 #include "service/history/history_writer.h"
 #include "service/http/http_service.h"
@@ -38,17 +39,21 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   ChangeLog changes(devices);
   LiveState live(devices);
   HistoryWriter history(HistoryPath(state_directory), devices, site.service.history, Say);
+  const std::string picture_directory = state_directory + "/pictures";
+  const PictureShelf shelf(picture_directory, site.service.pictures);
+  PictureTaker taker(picture_directory, shelf);
+  AlarmService alarms(site, HistoryPath(state_directory), AlarmService::ActorsOf(site, taker), Say,
+                      [&history] { return history.TimesSetAside(); });
+  alarms.WhenChanged([&live] { live.Wake(); });
   const auto report = [&](std::size_t device, const PollResult& result) {
+    alarms.Add(device, result);
     changes.Add(device, result);
     live.Add(device, result);
     history.Add(EntryOf(device, result));
   };
-  const std::string picture_directory = state_directory + "/pictures";
-  const PictureShelf shelf(picture_directory, site.service.pictures);
-  PictureTaker taker(picture_directory, shelf);
   CameraWatch cameras(site, taker, report);
   RoomWatch room(site, report);
-  const Api api(site, live, HistoryPath(state_directory), shelf, [&room] { return room.IsAlive(); });
+  const Api api(site, live, alarms, HistoryPath(state_directory), shelf, [&room] { return room.IsAlive(); });
   std::optional<HttpService> http;
   if (site.service.http) http.emplace(*site.service.http, site.service.unit, api, live, Say);
   try {

@@ -77,9 +77,16 @@ struct AlarmDevice {
   std::vector<RecordField> numbers;
 };
 
+// What holds for all alarms of a site.
+struct AlarmSettings {
+  int messages_per_hour = 30;                 // at most: SMS, MMS and calls together
+  std::optional<AlarmCondition> acknowledge;  // when it begins to hold, all alarms are acknowledged: a switch
+};
+
 // The alarms of a site, each after the one that it depends on.
 struct AlarmRules {
   std::vector<AlarmRule> rules;
+  AlarmSettings settings;
   std::vector<AlarmDevice> devices;  // all of the site, in the order of its file, cameras last
   std::vector<std::string> lines;    // in the same order
 };

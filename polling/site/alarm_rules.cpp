@@ -58,12 +58,13 @@ class RulesReader {
     for (const SiteLine& camera : site.cameras) AddLine(camera);
   }
 
-  AlarmRules Read(const std::optional<JsonNode>& alarms) {
+  AlarmRules Read(const std::optional<JsonNode>& alarms, const std::optional<JsonNode>& settings) {
     if (alarms) {
       std::vector<std::pair<std::string, JsonNode>> left = alarms->Members();
       for (const auto& [name, alarm] : left) CheckNames(name, alarm, *alarms);
       while (!left.empty()) ReadReady(left);
     }
+    if (settings) ReadSettings(*settings);
     return std::move(rules_);
   }
 
@@ -103,6 +104,18 @@ class RulesReader {
       later.front().second.Get("depends_on").Refuse("these alarms depend on each other in a circle");
     }
     left = std::move(later);
+  }
+
+  void ReadSettings(const JsonNode& node) {
+    constexpr long kMostMessages = 1000;
+    node.RequireObject({"messages_per_hour", "acknowledge"});
+    if (const auto messages = node.Find("messages_per_hour")) {
+      rules_.settings.messages_per_hour = static_cast<int>(messages->Integer(1, kMostMessages));
+    }
+    if (const auto acknowledge = node.Find("acknowledge")) {
+      rules_.settings.acknowledge = ReadCondition(*acknowledge, false);
+      if (!IsOfNumber(rules_.settings.acknowledge->type)) acknowledge->Refuse("a test of a number is needed");
+    }
   }
 
   AlarmRule ReadRule(const std::string& name, const JsonNode& node) {
@@ -289,8 +302,9 @@ class RulesReader {
 
 }  // namespace
 
-AlarmRules ReadAlarmRules(const std::optional<JsonNode>& alarms, const Site& site) {
-  return RulesReader(site).Read(alarms);
+AlarmRules ReadAlarmRules(const std::optional<JsonNode>& alarms, const std::optional<JsonNode>& settings,
+                          const Site& site) {
+  return RulesReader(site).Read(alarms, settings);
 }
 
 }  // namespace fieldline

@@ -32,7 +32,7 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, "lines", "alarms"});
+    node.RequireObject({kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, "lines", "alarms", "alarm_settings"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, description] : lines.Members()) {
@@ -41,7 +41,7 @@ class Reader {
       (IsCamera(*line.devices[0].kind) ? site_.cameras : site_.lines).push_back(std::move(line));
     }
     if (site_.lines.empty()) lines.Refuse("a line with a device that is polled is needed");
-    site_.alarms = ReadAlarmRules(node.Find("alarms"), site_);
+    site_.alarms = ReadAlarmRules(node.Find("alarms"), node.Find("alarm_settings"), site_);
     return std::move(site_);
   }
 

@@ -42,13 +42,37 @@ void AddLineChanges(Database& database, UnixTime from, UnixTime until, int most,
   }
 }
 
+void AddAlarmChanges(Database& database, UnixTime from, UnixTime until, int most, std::vector<HistoryEvent>& events) {
+  Statement find(database,
+                 "SELECT time, alarm, severity, was, state, device, field, text, who, why, test FROM alarm_change "
+                 "WHERE time BETWEEN ? AND ? ORDER BY id DESC LIMIT ?");
+  find.Bind(from, until, most);
+  while (find.Step()) {
+    events.push_back({.began = find.Integer(0),
+                      .ended = find.Integer(0),
+                      .device = find.Text(5),
+                      .alarm = find.Text(1),
+                      .severity = find.Text(2),
+                      .was = find.Text(3),
+                      .state = find.Text(4),
+                      .field = find.Text(6),
+                      .text = find.Text(7),
+                      .who = find.Text(8),
+                      .why = find.Text(9),
+                      .is_test = find.Integer(10) != 0});
+  }
+}
+
 }  // namespace
 
 std::vector<HistoryEvent> ReadEvents(Database& database, const std::string& device, UnixTime from, UnixTime until,
                                      int most) {
   std::vector<HistoryEvent> events;
   AddFailures(database, device, from, until, most, events);
-  if (device.empty()) AddLineChanges(database, from, until, most, events);
+  if (device.empty()) {
+    AddLineChanges(database, from, until, most, events);
+    AddAlarmChanges(database, from, until, most, events);
+  }
   std::ranges::stable_sort(events, std::ranges::greater(), &HistoryEvent::ended);
   if (events.size() > static_cast<std::size_t>(most)) events.resize(static_cast<std::size_t>(most));
   return events;

@@ -58,6 +58,8 @@ void RemoveSummaries(Database& database, UnixTime before) {
     Statement(database, std::string("DELETE FROM ") + table + " WHERE ended < ?").Bind(before).Run();
   }
   Statement(database, "DELETE FROM line_change WHERE time < ?").Bind(before).Run();
+  Statement(database, "DELETE FROM alarm_change WHERE time < ?").Bind(before).Run();
+  Statement(database, "DELETE FROM alarm_task WHERE ended < ?").Bind(before).Run();
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "service/history/database.h"
+
 // The tables of a history. Times are milliseconds since 1970, UTC.
 //
 // A reading that repeats the one before takes no row: a value holds from its row on, as long as polls of its device
@@ -46,10 +48,35 @@ constexpr char kSchema[] = R"(
     series INTEGER NOT NULL, slot INTEGER NOT NULL, least REAL NOT NULL, mean REAL NOT NULL, most REAL NOT NULL,
     PRIMARY KEY (series, slot)) WITHOUT ROWID;
 
+  -- The state of each alarm of the site, as JSON: what it needs to go on after a restart.
+  CREATE TABLE IF NOT EXISTS alarm_status (alarm TEXT PRIMARY KEY, status TEXT NOT NULL) WITHOUT ROWID;
+
+  -- Each change of an alarm's state. `text` is the value that raised it; `who` and `why` are a person's.
+  CREATE TABLE IF NOT EXISTS alarm_change (
+    id INTEGER PRIMARY KEY, time INTEGER NOT NULL, alarm TEXT NOT NULL, severity TEXT NOT NULL, was TEXT NOT NULL,
+    state TEXT NOT NULL, device TEXT NOT NULL, field TEXT NOT NULL, text TEXT NOT NULL, who TEXT NOT NULL,
+    why TEXT NOT NULL, test INTEGER NOT NULL);
+  CREATE INDEX IF NOT EXISTS alarm_change_by_time ON alarm_change (time);
+
+  -- What is to be done for an alarm, and what was: it is here before it is begun. `ended` is null until then.
+  CREATE TABLE IF NOT EXISTS alarm_task (
+    id INTEGER PRIMARY KEY, alarm TEXT NOT NULL, raised INTEGER NOT NULL, created INTEGER NOT NULL, kind TEXT NOT NULL,
+    target TEXT NOT NULL, text TEXT NOT NULL, number INTEGER NOT NULL, test INTEGER NOT NULL, other_way INTEGER NOT NULL,
+    outcome TEXT NOT NULL, tries INTEGER NOT NULL, reason TEXT NOT NULL, ended INTEGER);
+  CREATE INDEX IF NOT EXISTS alarm_task_by_end ON alarm_task (ended);
+  CREATE INDEX IF NOT EXISTS alarm_task_by_alarm ON alarm_task (alarm, raised);
+
+  -- Alarms that `fieldlined --test-alarm` asks for.
+  CREATE TABLE IF NOT EXISTS alarm_test (alarm TEXT NOT NULL, time INTEGER NOT NULL);
+
   -- Up to when summaries were made, and from when on all readings are there.
   CREATE TABLE IF NOT EXISTS progress (
     id INTEGER PRIMARY KEY CHECK (id = 1), summarised INTEGER NOT NULL, readings_from INTEGER NOT NULL);
   INSERT INTO progress VALUES (1, 0, 0) ON CONFLICT DO NOTHING;
 )";
+
+// Makes what is not there yet, within the caller's transaction. Throws DatabaseError, also for a database of another
+// version.
+void PrepareTables(Database& database);
 
 }  // namespace fieldline::service

@@ -10,8 +10,10 @@
 #include "polling/record/poll_json.h"
 #include "polling/text.h"
 #include "polling/usage_error.h"
+#include "service/alarm/alarm_json.h"
 #include "service/history/events.h"
 #include "service/history/plot.h"
+#include "service/http/alarm_post.h"
 #include "service/http/device_json.h"
 #include "service/http/metrics.h"
 #include "service/parse_time.h"
@@ -111,9 +113,14 @@ Reply ErrorReply(int status, std::string_view code, const std::string& message) 
   return {status, "application/json", ToText(json) + '\n'};
 }
 
-Api::Api(const Site& site, const LiveState& live, std::string history_path, const PictureShelf& shelf,
-         std::function<bool()> is_alive)
-    : site_(site), live_(live), history_path_(std::move(history_path)), shelf_(shelf), is_alive_(std::move(is_alive)) {}
+Api::Api(const Site& site, const LiveState& live, AlarmService& alarms, std::string history_path,
+         const PictureShelf& shelf, std::function<bool()> is_alive)
+    : site_(site),
+      live_(live),
+      alarms_(alarms),
+      history_path_(std::move(history_path)),
+      shelf_(shelf),
+      is_alive_(std::move(is_alive)) {}
 
 std::optional<Reply> Api::Get(const std::string& path, const Parameters& parameters) const {
   const auto without_parameters = [&parameters](const Reply& reply) {
@@ -122,7 +129,7 @@ std::optional<Reply> Api::Get(const std::string& path, const Parameters& paramet
   };
   try {
     if (path == "/healthz") return Health();
-    if (path == "/metrics") return Reply{200, kMetricsType, Metrics(site_.service.unit, live_, Clock::now())};
+    if (path == "/metrics") return Reply{200, kMetricsType, Metrics(site_.service.unit, live_, alarms_, Clock::now())};
     if (path == "/api/v1/site") return without_parameters(SiteDescription());
     if (path == "/api/v1/devices") return without_parameters(Devices());
     if (path == "/api/v1/latest") return Latest(parameters);
@@ -130,12 +137,21 @@ std::optional<Reply> Api::Get(const std::string& path, const Parameters& paramet
     if (path == "/api/v1/events") return Events(parameters);
     if (path == "/api/v1/pictures") return Pictures(parameters);
     if (path == "/api/v1/picture") return OnePicture(parameters);
+    if (path == "/api/v1/alarms") return without_parameters(Alarms());
   } catch (const UsageError& error) {
     return ErrorReply(400, "bad_request", error.what());
   } catch (const DatabaseError& error) {
     return ErrorReply(503, "no_history", "the history can't be read: " + std::string(error.what()));
   }
   return std::nullopt;
+}
+
+std::optional<Reply> Api::Post(const std::string& path, const std::string& body) const {
+  try {
+    return PostToAlarm(alarms_, path, body);
+  } catch (const UsageError& error) {
+    return ErrorReply(400, "bad_request", error.what());
+  }
 }
 
 ordered_json Api::Head() const {
@@ -232,6 +248,10 @@ Reply Api::Events(const Parameters& parameters) const {
   ordered_json& events = json["events"] = ordered_json::array();
   if (!database) return JsonReply(json);
   for (const HistoryEvent& event : ReadEvents(*database, device, range.from, range.until, limit)) {
+    if (!event.alarm.empty()) {
+      events.push_back(AlarmEventToJson(event));
+      continue;
+    }
     ordered_json& entry = events.emplace_back();
     if (event.device.empty()) {
       entry["line"] = event.line;
@@ -278,6 +298,15 @@ Reply Api::OnePicture(const Parameters& parameters) const {
   return {200, "image/jpeg", *std::move(picture)};
 }
 
+Reply Api::Alarms() const {
+  ordered_json json = Head();
+  ordered_json& actors = json["actors"] = ordered_json::array();
+  for (const ActorView& actor : alarms_.ActorStates()) actors.push_back(ActorToJson(actor));
+  ordered_json& alarms = json["alarms"] = ordered_json::array();
+  for (const AlarmView& alarm : alarms_.Alarms()) alarms.push_back(AlarmToJson(alarm));
+  return JsonReply(json);
+}
+
 // Null before the first write of all.
 std::unique_ptr<Database> Api::OpenHistory() const {
   std::error_code error;
@@ -302,7 +331,10 @@ std::string Api::Follower::Next() {
   }
   version_ = version;
   is_first_ = false;
-  return "data: " + ToText(told) + "\n\n";
+  std::string event = "data: " + ToText(told) + "\n\n";
+  const std::uint64_t alarms_version = api_.alarms_.IsEmpty() ? 0 : api_.alarms_.Version();
+  if (std::exchange(alarms_version_, alarms_version) != alarms_version) event += "event: alarms\ndata: {}\n\n";
+  return event;
 }
 
 bool Api::Follower::Wait() const {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "polling/site/site.h"
+#include "service/alarm/alarm_service.h"
 #include "service/history/database.h"
 #include "service/live_state.h"
 #include "service/picture/picture_shelf.h"
@@ -30,12 +31,15 @@ class Api {
  public:
   using Parameters = std::multimap<std::string, std::string>;
 
-  // `site`, `live` and `shelf` must outlive this; `is_alive` tells whether all lines are polled.
-  Api(const Site& site, const LiveState& live, std::string history_path, const PictureShelf& shelf,
-      std::function<bool()> is_alive);
+  // `site`, `live`, `alarms` and `shelf` must outlive this; `is_alive` tells whether all lines are polled.
+  Api(const Site& site, const LiveState& live, AlarmService& alarms, std::string history_path,
+      const PictureShelf& shelf, std::function<bool()> is_alive);
 
   // Nothing when there is no such path.
   std::optional<Reply> Get(const std::string& path, const Parameters& parameters) const;
+
+  // What changes something. `body` is JSON.
+  std::optional<Reply> Post(const std::string& path, const std::string& body) const;
 
   // Follows the changes of the devices, for one listener.
   class Follower {
@@ -43,7 +47,7 @@ class Api {
     explicit Follower(const Api& api) : api_(api), sent_(api.live_.devices().size()) {}
 
     // The devices that changed since the last call, at first all, as a server-sent event; an empty list says that we
-    // live.
+    // live. Another event follows when alarms have changed.
     std::string Next();
 
     // Until Next() has something to tell or a listener should hear that we live. False when nothing will come any more.
@@ -54,6 +58,7 @@ class Api {
     std::uint64_t version_ = 0;
     bool is_first_ = true;
     std::vector<Condition> sent_;
+    std::uint64_t alarms_version_ = 0;
   };
 
  private:
@@ -64,6 +69,7 @@ class Api {
   Reply Events(const Parameters& parameters) const;
   Reply Pictures(const Parameters& parameters) const;
   Reply OnePicture(const Parameters& parameters) const;
+  Reply Alarms() const;
   Reply Health() const;
 
   std::unique_ptr<Database> OpenHistory() const;
@@ -73,6 +79,7 @@ class Api {
 
   const Site& site_;
   const LiveState& live_;
+  AlarmService& alarms_;
   const std::string history_path_;
   const PictureShelf& shelf_;
   const std::function<bool()> is_alive_;

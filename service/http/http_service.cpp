@@ -45,6 +45,15 @@ void SendFile(const WebFile& file, const Request& request, Response& response) {
   response.set_content(file.content.data(), file.content.size(), std::string(file.type));
 }
 
+// A browser says from which page a request comes. That page's JSON would have to be asked for beforehand, too, which is
+// refused; and the cookie does not come with it. A program says nothing of pages.
+bool IsForeignPage(const Request& request) {
+  const std::string site = request.get_header_value("Sec-Fetch-Site");
+  if (!site.empty() && site != "same-origin" && site != "none") return true;
+  const std::string origin = request.get_header_value("Origin");
+  return !origin.empty() && !origin.ends_with("://" + request.get_header_value("Host"));
+}
+
 }  // namespace
 
 HttpService::HttpService(const HttpSettings& settings, const std::string& unit, const Api& api, LiveState& live,
@@ -123,7 +132,24 @@ void HttpService::Answer(const Request& request, Response& response) {
   }
 }
 
+void HttpService::AnswerPost(const Request& request, Response& response) {
+  if (IsForeignPage(request)) {
+    Send(ErrorReply(403, "foreign_page", "another page must not do this"), response);
+  } else if (!request.get_header_value("Content-Type").starts_with("application/json")) {
+    Send(ErrorReply(415, "no_json", "the header \"Content-Type: application/json\" is needed"), response);
+  } else if (const auto reply = api_.Post(request.path, request.body)) {
+    Send(*reply, response);
+  } else {
+    response.set_header("Allow", "GET, HEAD");
+    Send(ErrorReply(405, "not_allowed", "nothing can be changed here"), response);
+  }
+}
+
 void HttpService::AnswerAllowed(const Request& request, Response& response) {
+  if (request.method == "POST") {
+    AnswerPost(request, response);
+    return;
+  }
   if (const WebFile* const file = FindWebFile(request.path)) {
     SendFile(*file, request, response);
   } else if (request.path == "/session") {

@@ -41,6 +41,7 @@ class HttpService {
   bool Bind();
   void Run(const std::stop_token& stop);
   void Answer(const httplib::Request& request, httplib::Response& response);
+  void AnswerPost(const httplib::Request& request, httplib::Response& response);
   void AnswerAllowed(const httplib::Request& request, httplib::Response& response);
   void Follow(httplib::Response& response);
 

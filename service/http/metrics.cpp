@@ -139,6 +139,30 @@ void AddDevice(const WatchedDevice& watched, const DeviceState& state, DeviceSta
   if (is_good) AddReadings(device, *state.last, labels, families);
 }
 
+void AddAlarm(const AlarmView& alarm, Families& families) {
+  const std::string name = "alarm=" + Quoted(alarm.rule->name);
+  const std::string labels = name + ",severity=" + Quoted(SeverityName(alarm.rule->severity));
+  const bool is_active = alarm.state == AlarmState::kRaised || alarm.state == AlarmState::kAcknowledged;
+  const bool is_unacknowledged = alarm.state == AlarmState::kRaised || alarm.state == AlarmState::kReturned;
+  families.Add("fieldline_alarm_active", "gauge", "Whether the alarm's condition holds, and it is not shelved.", labels,
+               is_active && !alarm.is_test ? 1 : 0);
+  families.Add("fieldline_alarm_unacknowledged", "gauge", "Whether nobody has acknowledged it.", labels,
+               is_unacknowledged && !alarm.is_test ? 1 : 0);
+  families.Add("fieldline_alarm_shelved", "gauge", "Whether a person has set it aside for a time.", labels,
+               alarm.state == AlarmState::kShelved ? 1 : 0);
+  families.Add("fieldline_alarm_test", "gauge", "Whether it is raised as a test.", labels, alarm.is_test ? 1 : 0);
+  families.Add("fieldline_alarm_raises_total", "counter", "Times that it was raised since the start, tests included.",
+               labels, static_cast<double>(alarm.raises));
+}
+
+void AddActor(const ActorView& actor, Families& families) {
+  const std::string labels = "device=" + Quoted(actor.name);
+  families.Add("fieldline_alarm_device_up", "gauge", "Whether a device that acts for alarms could be used last time.",
+               labels, actor.trouble.empty() ? 1 : 0);
+  families.Add("fieldline_alarm_tasks_waiting", "gauge", "What the device is still to do.", labels,
+               static_cast<double>(actor.waiting));
+}
+
 }  // namespace
 
 BaseUnit BaseUnitOf(std::string_view unit) {
@@ -157,12 +181,15 @@ BaseUnit BaseUnitOf(std::string_view unit) {
   return {suffix, 1};
 }
 
-std::string Metrics(const std::string& unit, const LiveState& live, DeviceState::Clock::time_point now) {
+std::string Metrics(const std::string& unit, const LiveState& live, const AlarmService& alarms,
+                    DeviceState::Clock::time_point now) {
   Families families;
   families.Add("fieldline_build_info", "gauge", "The program, and the unit that it watches.",
                "version=" + Quoted(FIELDLINE_VERSION) + ",unit=" + Quoted(unit), 1);
   const auto devices = live.devices();
   for (std::size_t i = 0; i < devices.size(); ++i) AddDevice(devices[i], live.Get(i), now, families);
+  for (const AlarmView& alarm : alarms.Alarms()) AddAlarm(alarm, families);
+  for (const ActorView& actor : alarms.ActorStates()) AddActor(actor, families);
   return families.Text();
 }
 

@@ -98,6 +98,20 @@ std::optional<RequestHead> ReadHead(Connection& connection, std::string& receive
   }
 }
 
+// Takes the body that follows a head. False when it does not come.
+bool ReadBody(Connection& connection, std::string& received, std::size_t size, milliseconds most,
+              const std::atomic<bool>& is_closed) {
+  const Clock::time_point end = Clock::now() + most;
+  while (received.size() < size) {
+    if (is_closed || Clock::now() >= end) return false;
+    char bytes[kMostBodyBytes];
+    const std::ptrdiff_t count = connection.Receive(bytes, std::min(most, kGlance));
+    if (count == Connection::kEnded) return false;
+    received.append(bytes, static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
 }  // namespace
 
 WebServer::WebServer(Handler handler, const WebLimits& limits) : limits_(limits) {
@@ -107,11 +121,11 @@ WebServer::WebServer(Handler handler, const WebLimits& limits) : limits_(limits)
   set_socket_options([](socket_t socket) { PrepareListener(socket); });
   // Before the library's own routing, whose regular expressions have no limits.
   set_pre_routing_handler([handler = std::move(handler)](const httplib::Request& request, httplib::Response& response) {
-    if (request.method == "GET" || request.method == "HEAD") {
+    if (request.method == "GET" || request.method == "HEAD" || request.method == "POST") {
       handler(request, response);
     } else {
       response.status = 405;
-      response.set_header("Allow", "GET, HEAD");
+      response.set_header("Allow", "GET, HEAD, POST");
     }
     return HandlerResponse::Handled;
   });
@@ -128,9 +142,14 @@ bool WebServer::ServeConnection(socket_t socket) {
   for (int requests = 1; requests <= kMostRequests; ++requests) {
     const std::optional<RequestHead> head = ReadHead(connection, received, limits_.head, is_closed_);
     if (!head) return false;
+    if (!ReadBody(connection, received, head->body_bytes, limits_.head, is_closed_)) return false;
+    const auto set_body = [body = received.substr(0, head->body_bytes)](httplib::Request& request) {
+      request.body = body;
+    };
+    received.erase(0, head->body_bytes);
     RequestStream stream(connection, head->text, limits_.answer);
     bool is_last = head->has_body || requests == kMostRequests;
-    if (!process_request(stream, is_last, is_last, nullptr) || is_last || stream.IsBroken()) break;
+    if (!process_request(stream, is_last, is_last, set_body) || is_last || stream.IsBroken()) break;
   }
   return true;
 }

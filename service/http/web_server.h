@@ -14,8 +14,8 @@ struct WebLimits {
 };
 
 // An HTTP server that nobody can keep busy: the number of connections is limited, so are the time and the size of a
-// request's head, the time that a client takes to read an answer, and the requests of a connection. Bodies are not
-// read. Only GET and HEAD get to the handler.
+// request's head, the time that a client takes to read an answer, and the requests of a connection. Only GET, HEAD and
+// POST get to the handler, and only a POST with its body, which is small.
 class WebServer final : public httplib::Server {
  public:
   using Handler = std::function<void(const httplib::Request&, httplib::Response&)>;

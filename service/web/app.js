@@ -15,11 +15,17 @@ const RANGES = {
   "7d": {points: 336, refresh: 300000},
 };
 
+const SEVERITIES = ["critical", "high", "medium", "low"];
+const STATES = ["raised", "returned", "acknowledged", "shelved", "waiting", "cleared"];
+
 const byId = (id) => document.getElementById(id);
 
 const state = {
   devices: new Map(),  // by name: {data, arrived, recent, order, row}
   site: new Map(),     // by name: {device, line}
+  alarms: [],
+  actors: [],
+  rows: new Map(),     // of alarms, by name
   unit: "fieldline",
   version: null,
   heard: 0,            // when the service said something last, Date.now()
@@ -179,13 +185,127 @@ function showLines() {
 function showSummary() {
   const all = [...state.devices.values()];
   const bad = all.filter(({data}) => rankOf(data) >= 3).length;
-  setText(byId("summary"), bad ? bad + " of " + all.length + " devices " + (bad === 1 ? "is" : "are") + " bad" : "all " + all.length + " devices are good");
-  document.title = (state.lost ? "lost – " : bad ? bad + " bad – " : "") + state.unit;
+  const raised = state.alarms.filter((alarm) => alarm.state === "raised").length;
+  const alarms = raised === 0 ? "" : raised === 1 ? "1 alarm, " : raised + " alarms, ";
+  setText(byId("summary"), alarms + (bad ? bad + " of " + all.length + " devices " + (bad === 1 ? "is" : "are") + " bad" : "all " + all.length + " devices are good"));
+  document.title = (state.lost ? "lost – " : raised ? alarms.replace(", ", " – ") : bad ? bad + " bad – " : "") + state.unit;
+}
+
+// Alarms
+
+async function postJson(path, body) {
+  const answer = await fetch(path, {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify(body)});
+  if (answer.ok) return;
+  const json = await answer.json();
+  throw new Error(json.error.message);
+}
+
+function makeAlarmRow(name) {
+  const row = element("li");
+  const parts = {
+    name: element("span", "name", name),
+    value: element("span", "value"),
+    state: element("span", "state"),
+    told: element("ul", "told quiet"),
+    button: element("button", "", "Acknowledge"),
+  };
+  parts.button.type = "button";
+  parts.button.setAttribute("aria-label", "Acknowledge " + name);
+  parts.button.addEventListener("click", () => acknowledge(name, parts));
+  row.append(parts.name, parts.value, parts.state, parts.told, parts.button);
+  return {row, parts};
+}
+
+async function acknowledge(name, parts) {
+  const who = byId("who").value.trim() || "the page";
+  parts.button.disabled = true;
+  try {
+    await postJson("api/v1/alarms/" + encodeURIComponent(name) + "/acknowledge", {who});
+  } catch (error) {
+    setText(parts.state, error.message);
+  }
+  parts.button.disabled = false;
+  showAlarms();
+}
+
+function toldText(told) {
+  const what = {sms: "SMS to ", mms: "picture to ", dial: "call to ", speech: "speech", relay: "relay ", picture: "picture of ", display: "page "};
+  const outcome = {
+    done: "done", waiting: told.tries ? "not yet done" : "waits", held: "held back: too many messages",
+    failed: "given up", summarised: "told in a summary", replaced: "no longer needed",
+  };
+  return timeText(told.time) + " " + what[told.action] + (told.to ?? "") + ": " + outcome[told.outcome] +
+    (told.reason ? " (" + told.reason + ")" : "");
+}
+
+function alarmText(alarm) {
+  const age = ageText(Date.now() - new Date(alarm.since));
+  const words = {
+    raised: "raised " + age + " ago",
+    returned: "over for " + age + ", not acknowledged",
+    acknowledged: "acknowledged " + age + " ago by " + alarm.acknowledged_by,
+    waiting: "waits for " + age,
+    shelved: alarm.shelved ? "shelved until " + timeText(alarm.shelved.until) + " by " + alarm.shelved.who + ": " + alarm.shelved.why : "",
+  };
+  return (alarm.test ? "TEST · " : "") + alarm.severity + " · " + words[alarm.state] +
+    (alarm.device ? " · " + alarm.device + (alarm.field ? " " + alarm.field : "") : "");
+}
+
+function showAlarmRow(alarm) {
+  if (!state.rows.has(alarm.alarm)) state.rows.set(alarm.alarm, makeAlarmRow(alarm.alarm));
+  const {row, parts} = state.rows.get(alarm.alarm);
+  row.className = alarm.state === "raised" ? "bad" : alarm.state === "shelved" || alarm.state === "waiting" ? "quiet-alarm" : "unsure";
+  setText(parts.value, alarm.text ?? "");
+  setText(parts.state, alarmText(alarm));
+  const told = alarm.told.map(toldText);
+  if (told.join("\n") !== [...parts.told.children].map((item) => item.textContent).join("\n")) {
+    parts.told.replaceChildren(...told.map((text) => element("li", "", text)));
+  }
+  parts.button.hidden = alarm.state !== "raised" && alarm.state !== "returned";
+  return row;
+}
+
+function drawAlarms() {
+  const rank = (alarm) => STATES.indexOf(alarm.state) * SEVERITIES.length + SEVERITIES.indexOf(alarm.severity);
+  const shown = state.alarms.filter((alarm) => alarm.state !== "cleared").sort((a, b) => rank(a) - rank(b));
+  const rows = shown.map(showAlarmRow);
+  const list = byId("alarms");
+  if (rows.length !== list.children.length || !rows.every((row, i) => list.children[i] === row)) {
+    const focused = document.activeElement;
+    list.replaceChildren(...rows);
+    if (list.contains(focused)) focused.focus({preventScroll: true});
+  }
+  const cleared = state.alarms.length - shown.length;
+  setText(byId("other-alarms"), cleared ? cleared + (cleared === 1 ? " alarm is clear" : " alarms are clear") : "");
+  const troubles = state.actors.filter((actor) => actor.trouble);
+  byId("actors").hidden = troubles.length === 0;
+  setText(byId("actors"), troubles.map((actor) => actor.device + " tells nobody: " + actor.trouble +
+    (actor.waiting ? "; " + actor.waiting + " waiting" : "")).join(". "));
+  byId("who-line").hidden = !shown.some((alarm) => alarm.state === "raised" || alarm.state === "returned");
+  byId("alarms-view").hidden = state.alarms.length === 0;
+  showSummary();
+}
+
+async function showAlarms() {
+  try {
+    const {alarms, actors} = await getJson("api/v1/alarms");
+    state.alarms = alarms;
+    state.actors = actors;
+    drawAlarms();
+  } catch {
+    // The service is lost, which the page says elsewhere.
+  }
 }
 
 function eventItem(event) {
   const item = element("li");
   const when = element("time", "", timeText(event.from ?? event.time));
+  if (event.alarm !== undefined) {
+    item.append(when, (event.test ? "TEST of alarm " : "alarm ") + event.alarm + ": " + event.state +
+      (event.text ? ", " + event.device + " " + event.text : "") + (event.who ? " by " + event.who : "") +
+      (event.why ? ": " + event.why : ""));
+    return item;
+  }
   if (event.device === undefined) {
     item.append(when, event.line + ": " + (event.error ? event.error.message : "the line can be used"));
     return item;
@@ -495,6 +615,10 @@ let source = null;
 function listen() {
   source = new EventSource("api/v1/follow");
   source.onmessage = (event) => hear(JSON.parse(event.data));
+  source.addEventListener("alarms", () => {
+    showAlarms();
+    if (!state.opened) showAllEvents();
+  });
   source.onerror = () => {
     source.close();
     setLost(true);
@@ -540,6 +664,9 @@ setInterval(() => {
   if (state.opened) {
     showCondition();
   } else {
+    for (const alarm of state.alarms) {
+      if (state.rows.has(alarm.alarm) && alarm.state !== "cleared") setText(state.rows.get(alarm.alarm).parts.state, alarmText(alarm));
+    }
     for (const device of state.devices.values()) {
       setText(device.row.parts.state, conditionText(device.data, Date.now() - device.arrived));
     }
@@ -555,6 +682,8 @@ function keepPlotFresh() {
   }, RANGES[state.range].refresh);
 }
 
+byId("who").value = localStorage.getItem("who") ?? "";
+byId("who").addEventListener("change", () => localStorage.setItem("who", byId("who").value));
 byId("field").addEventListener("change", showPlot);
 byId("ranges").addEventListener("click", (event) => {
   const range = event.target.dataset.range;

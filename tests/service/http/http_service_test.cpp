@@ -20,7 +20,8 @@ using testing::StartsWith;
 constexpr char kSite[] = R"({"unit": "room-7", "lines": {"A": {"path": "/dev/null", "settings": "9600,n,8,1",
   "devices": {"cold \"aisle\"": {"kind": "envir", "interval": "1s",
                                  "scale": {"register_1": {"factor": 10, "unit": "°C", "maximum": 60}}},
-              "other": {"kind": "envir", "address": 2}}}}})";
+              "other": {"kind": "envir", "address": 2}}}},
+  "alarms": {"too warm": {"when": {"device": "cold \"aisle\"", "field": "register_1", "above": 28}}}})";
 constexpr char kName[] = "cold \"aisle\"";
 
 PollResult PollAt(int second) {
@@ -30,10 +31,10 @@ PollResult PollAt(int second) {
   return result;
 }
 
-// A probe's record of register 1, and of 0 in register 0.
-PollResult Good(BYTE tenths) {
+// A probe's record with this in register 1, and 0 in register 0.
+PollResult Good(WORD tenths) {
   PollResult result = PollAt(0);
-  result.record = {tenths, 0, 0, 0, 0, 0, 0, 0};
+  result.record = {static_cast<BYTE>(tenths & 0xFF), static_cast<BYTE>(tenths >> 8), 0, 0, 0, 0, 0, 0};
   return result;
 }
 
@@ -69,8 +70,9 @@ class Served : public testing::Test {
   const std::vector<WatchedDevice> devices_ = DevicesOf(site_);
   bool is_alive_ = true;
   LiveState live_{devices_};
+  AlarmService alarms_{site_, directory_.Path("alarms.db"), {}, [](const std::string&) {}};
   const PictureShelf shelf_{directory_.Path("pictures"), {}};
-  const Api api_{site_, live_, directory_.Path("history.db"), shelf_, [this] { return is_alive_; }};
+  const Api api_{site_, live_, alarms_, directory_.Path("history.db"), shelf_, [this] { return is_alive_; }};
   std::optional<HttpService> service_;
   std::optional<httplib::Client> client_;
 };
@@ -119,7 +121,7 @@ TEST(DeviceState, IsOverdueWhenPollsDoNotComeBack) {
 TEST_F(Served, MetricsAreInBaseUnits) {
   live_.Add(0, Good(235));
   live_.Add(1, Failed(ExitCode::kNoAnswer, "no_answer"));
-  const std::string text = Metrics("room-7", live_, DeviceState::Clock::now());
+  const std::string text = Metrics("room-7", live_, alarms_, DeviceState::Clock::now());
   EXPECT_THAT(text, HasSubstr(R"(# TYPE fieldline_up gauge
 fieldline_up{line="A",device="cold \"aisle\"",kind="envir"} 1
 fieldline_up{line="A",device="other",kind="envir"} 0
@@ -194,19 +196,66 @@ TEST_F(Served, AFollowerHearsOfChanges) {
   Serve();
   std::string heard;
   const auto follow = [&](const char* data, std::size_t size) {
+    const bool is_first = heard.empty();
     heard.append(data, size);
     // After the first message, with all devices, a device changes.
-    if (heard.find("\n\n") + 2 == heard.size()) live_.Add(1, Good(7));
-    return heard.find("\n\n") + 2 == heard.size() || !heard.ends_with("\n\n");
+    if (is_first) live_.Add(1, Good(7));
+    const std::size_t second = heard.find("data: [", 1);
+    return second == std::string::npos || heard.find("\n\n", second) == std::string::npos;
   };
   client_->Get("/api/v1/follow", follow);
   const std::size_t end = heard.find("\n\n");
   ASSERT_THAT(heard, StartsWith("data: ["));
   EXPECT_EQ(json::parse(heard.substr(6, end - 6)).size(), 2u);
-  const json second = json::parse(heard.substr(end + 8));
+  EXPECT_THAT(heard.substr(end + 2), StartsWith("event: alarms\ndata: {}\n\n"));
+  const std::size_t next = heard.find("data: [", 1) + 6;
+  const json second = json::parse(heard.substr(next, heard.find("\n\n", next) - next));
   ASSERT_EQ(second.size(), 1u);
   EXPECT_EQ(second[0]["device"], "other");
   EXPECT_EQ(second[0]["value"]["text"], "7");
+}
+
+TEST_F(Served, AnAlarmIsAcknowledgedByItsOwnPageAlone) {
+  directory_.WriteFile("token", "0123456789abcdef");
+  Serve({.token_file = directory_.Path("token")});
+  const std::string host = "127.0.0.1:" + std::to_string(service_->port());
+  const httplib::Headers token = {
+      {"Authorization", "Bearer 0123456789abcdef"}
+  };
+  const auto post = [&](const char* operation, const char* body, httplib::Headers headers,
+                        const char* type = "application/json") {
+    const std::string path = std::string("/api/v1/alarms/too%20warm/") + operation;
+    const auto reply = client_->Post(path.c_str(), headers, body, type);
+    return reply ? reply->status : -1;
+  };
+  const auto with = [&](const char* name, const std::string& value) {
+    httplib::Headers headers = token;
+    headers.emplace(name, value);
+    return headers;
+  };
+  alarms_.Add(0, Good(285));
+  const auto is_raised = [this] { return alarms_.Alarms()[0].state == AlarmState::kRaised; };
+  while (!is_raised()) std::this_thread::yield();
+
+  constexpr char kWho[] = R"({"who": "jo"})";
+  EXPECT_EQ(post("acknowledge", kWho, {}), 401);
+  EXPECT_EQ(post("acknowledge", kWho, with("Origin", "http://evil.example")), 403);
+  EXPECT_EQ(post("acknowledge", kWho, with("Origin", "null")), 403);
+  EXPECT_EQ(post("acknowledge", kWho, with("Sec-Fetch-Site", "cross-site")), 403);
+  EXPECT_EQ(post("acknowledge", kWho, token, "text/plain"), 415);
+  for (const char* const body :
+       {"", "[]", "{}", R"({"who": ""})", R"({"who": "a\nb"})", R"({"who": 1})", R"({"who": "jo", "why": "x"})"}) {
+    EXPECT_EQ(post("acknowledge", body, token), 400) << body;
+  }
+  EXPECT_EQ(post("shelve", R"({"who": "jo", "why": "works", "for": "0s"})", token), 400);
+  EXPECT_EQ(post("forget", kWho, token), 405);
+  ASSERT_TRUE(is_raised());
+  EXPECT_EQ(post("acknowledge", kWho, with("Origin", "http://" + host)), 200);
+  EXPECT_EQ(alarms_.Alarms()[0].acknowledged_by, "jo");
+  EXPECT_EQ(post("acknowledge", kWho, token), 409);
+  EXPECT_EQ(post("shelve", R"({"who": "jo", "why": "works", "for": "2h"})", token), 200);
+  EXPECT_EQ(alarms_.Alarms()[0].shelving->why, "works");
+  EXPECT_EQ(client_->Post("/api/v1/alarms/x/acknowledge", token, kWho, "application/json")->status, 404);
 }
 
 TEST_F(Served, SaysWhenALineHangs) {

@@ -52,7 +52,7 @@ class SmallServer : public testing::Test {
 
   std::vector<std::string> asked_;
   WebServer server_{[this](const httplib::Request& request, httplib::Response& response) {
-                      asked_.push_back(request.path);
+                      asked_.push_back(request.path + request.body);
                       response.set_content("hello", "text/plain");
                     },
                     kShort};
@@ -66,7 +66,7 @@ TEST_F(SmallServer, AnswersOneRequestAfterAnother) {
   EXPECT_THAT(asked_, testing::ElementsAre("/a", "/b"));
 }
 
-TEST_F(SmallServer, ReadsNoBodies) {
+TEST_F(SmallServer, ReadsTheBodyOfAPostAlone) {
   // What follows a body is no request, whoever wrote it into one.
   for (const char* const header : {"Content-Length: 5", "content-length: 0", "Transfer-Encoding: chunked"}) {
     asked_.clear();
@@ -76,7 +76,17 @@ TEST_F(SmallServer, ReadsNoBodies) {
     EXPECT_THAT(asked_, testing::ElementsAre("/a")) << header;
   }
   asked_.clear();
-  EXPECT_THAT(Answer("POST /a HTTP/1.1\r\nContent-Length: 1\r\n\r\nx"), StartsWith("HTTP/1.1 405 "));
+  Answer("POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\n{1}GET /b HTTP/1.1\r\nHost: x\r\n\r\n");
+  EXPECT_THAT(asked_, testing::ElementsAre("/a{1}", "/b"));
+  for (const char* const headers : {"Content-Length: 4097", "Content-Length: 3\r\nContent-Length: 30",
+                                    "Content-Length: 3\r\nTransfer-Encoding: chunked", "Content-Length: 3x"}) {
+    asked_.clear();
+    Answer("POST /a HTTP/1.1\r\n" + std::string(headers) + "\r\n\r\n{1}GET /b HTTP/1.1\r\n\r\n");
+    EXPECT_THAT(asked_, testing::ElementsAre("/a")) << headers;
+  }
+  asked_.clear();
+  EXPECT_THAT(Answer("POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\n{1"), IsEmpty());
+  EXPECT_THAT(Answer("PUT /a HTTP/1.1\r\nContent-Length: 1\r\n\r\nx"), StartsWith("HTTP/1.1 405 "));
   EXPECT_THAT(Answer("BREW /a HTTP/1.1\r\n\r\n"), StartsWith("HTTP/1.1 400 "));
   EXPECT_THAT(asked_, IsEmpty());
 }
