@@ -13,6 +13,7 @@
 #include "service/history/history_writer.h"
 #include "service/http/http_service.h"
 #include "service/live_state.h"
+#include "service/mqtt/mqtt_service.h"
 #include "service/room_watch.h"
 #include "service/say.h"
 
@@ -37,10 +38,15 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   ChangeLog changes(devices);
   LiveState live(devices);
   HistoryWriter history(HistoryPath(state_directory), devices, site.service.history, Say);
+  std::optional<MqttService> mqtt;
+  if (site.service.mqtt) {
+    mqtt.emplace(site, live, HistoryPath(state_directory), Say, [&history] { return history.TimesSetAside(); });
+  }
   RoomWatch room(site, [&](std::size_t device, const PollResult& result) {
     changes.Add(device, result);
     live.Add(device, result);
     history.Add(EntryOf(device, result));
+    if (mqtt) mqtt->Add(device, result);
   });
   const Api api(site, live, HistoryPath(state_directory), [&room] { return room.IsAlive(); });
   std::optional<HttpService> http;

@@ -67,6 +67,10 @@ ServiceSettings ReadServiceSettings(const JsonNode& root) {
   if (const auto unit = root.Find(kUnitKey)) settings.unit = ReadUnit(*unit);
   if (const auto history = root.Find(kHistoryKey)) settings.history = ReadHistory(*history);
   if (const auto http = root.Find(kHttpKey)) settings.http = ReadHttpSettings(*http);
+  if (const auto mqtt = root.Find(kMqttKey)) {
+    settings.mqtt = ReadMqttSettings(*mqtt);
+    if (!root.Find(kUnitKey)) mqtt->Refuse("\"unit\" is needed beside it: the broker knows this unit by its name");
+  }
   return settings;
 }
 

@@ -7,6 +7,7 @@
 
 #include "polling/site/http_settings.h"
 #include "polling/site/json_file.h"
+#include "polling/site/mqtt_settings.h"
 
 namespace fieldline {
 
@@ -21,12 +22,14 @@ struct ServiceSettings {
   std::string unit = "unit";  // the name of this unit among others
   HistorySettings history;
   std::optional<HttpSettings> http{};  // nothing: no page
+  std::optional<MqttSettings> mqtt{};  // nothing: no broker
 };
 
 // The keys of a site file that are the service's.
 constexpr std::string_view kUnitKey = "unit";
 constexpr std::string_view kHistoryKey = "history";
 constexpr std::string_view kHttpKey = "http";
+constexpr std::string_view kMqttKey = "mqtt";
 
 // Reads them from the root of a site file. Throws UsageError.
 ServiceSettings ReadServiceSettings(const JsonNode& root);

@@ -29,7 +29,7 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({kUnitKey, kHistoryKey, kHttpKey, "lines", "alarms"});
+    node.RequireObject({kUnitKey, kHistoryKey, kHttpKey, kMqttKey, "lines", "alarms"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, description] : lines.Members()) {
@@ -140,7 +140,8 @@ class Reader {
   }
 
   SiteDevice ReadDevice(const std::string& name, const SiteLine& line, const JsonNode& node) {
-    node.RequireObject({"kind", "address", "interval", "show", "scale", "timeout", "pause", "retries", "any_address"});
+    node.RequireObject(
+        {"kind", "address", "interval", "show", "scale", "publish", "timeout", "pause", "retries", "any_address"});
     ClaimName(name, line, node);
     const Kind& kind = ReadKind(node.Get("kind"));
     if (line.local != (kind.protocol == Protocol::kInputs)) {
@@ -158,6 +159,7 @@ class Reader {
       node.Refuse("duplicate of " + other.name + ": the same kind at the same address of the line");
     }
     if (const auto interval = node.Find("interval")) device.interval = interval->Duration();
+    if (const auto publish = node.Find("publish")) device.publish = ReadPublish(*publish);
     if (const auto show = node.Find("show")) device.shown = FindNumber(show->Text(), device, *show);
     if (const auto scales = node.Find("scale")) {
       for (const auto& [number, scale] : scales->Members()) {

@@ -49,12 +49,7 @@ HistoryStore::Statements::Statements(Database& database)
 HistoryStore::HistoryStore(const std::string& path, std::span<const WatchedDevice> devices)
     : database_(path, Database::Mode::kWrite) {
   Transaction transaction(database_);
-  const std::int64_t version = database_.Query("PRAGMA user_version");
-  if (version != 0 && version != kSchemaVersion) {
-    throw DatabaseError(0, "the history is of another version of fieldlined");
-  }
-  database_.Run(kSchema);
-  database_.Run(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
+  PrepareTables(database_);
   for (const WatchedDevice& watched : devices) {
     Device device{watched.device, watched.line->name, DeviceId(watched.device->name), {}, 0, {}, {}, {}};
     for (const RecordField& field : watched.device->fields)

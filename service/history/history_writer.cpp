@@ -117,6 +117,7 @@ void HistoryWriter::SetAside(const std::string& reason) {
   const std::string aside = path_ + ".damaged-" + IsoTime(std::chrono::system_clock::now(), 0);
   std::error_code error;
   std::filesystem::rename(path_, aside, error);
+  ++times_set_aside_;
   for (const char* const part : {"-wal", "-shm"}) {
     std::error_code ignored;  // it need not be there
     std::filesystem::rename(path_ + part, aside + part, ignored);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -36,6 +37,9 @@ class HistoryWriter {
   // How many polls were dropped, since too many waited.
   std::uint64_t Dropped() const;
 
+  // How many damaged databases were set aside. From any thread.
+  int TimesSetAside() const { return times_set_aside_; }
+
  private:
   using Clock = std::chrono::steady_clock;
 
@@ -55,6 +59,7 @@ class HistoryWriter {
   std::deque<HistoryEntry> waiting_;
   std::uint64_t dropped_ = 0;
 
+  std::atomic<int> times_set_aside_ = 0;
   std::optional<HistoryStore> store_;  // none while it can't be opened or written
   std::string trouble_;                // that was told last; empty: none
   Clock::time_point next_try_{};

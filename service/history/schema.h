@@ -1,5 +1,7 @@
 #pragma once
 
+#include "service/history/database.h"
+
 // The tables of a history. Times are milliseconds since 1970, UTC.
 //
 // A reading that repeats the one before takes no row: a value holds from its row on, as long as polls of its device
@@ -46,10 +48,21 @@ constexpr char kSchema[] = R"(
     series INTEGER NOT NULL, slot INTEGER NOT NULL, least REAL NOT NULL, mean REAL NOT NULL, most REAL NOT NULL,
     PRIMARY KEY (series, slot)) WITHOUT ROWID;
 
+  -- Good readings that the MQTT broker has not confirmed: the record of a device of this kind.
+  CREATE TABLE IF NOT EXISTS mqtt_reading (
+    id INTEGER PRIMARY KEY, device TEXT NOT NULL, kind TEXT NOT NULL, time INTEGER NOT NULL, record BLOB NOT NULL);
+
+  -- Topics whose last message the MQTT broker keeps for us.
+  CREATE TABLE IF NOT EXISTS mqtt_retained (topic TEXT PRIMARY KEY) WITHOUT ROWID;
+
   -- Up to when summaries were made, and from when on all readings are there.
   CREATE TABLE IF NOT EXISTS progress (
     id INTEGER PRIMARY KEY CHECK (id = 1), summarised INTEGER NOT NULL, readings_from INTEGER NOT NULL);
   INSERT INTO progress VALUES (1, 0, 0) ON CONFLICT DO NOTHING;
 )";
+
+// Makes what is not there yet, within the caller's transaction. Throws DatabaseError, also for a database of another
+// version.
+void PrepareTables(Database& database);
 
 }  // namespace fieldline::service

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "polling/site/mqtt_settings.h"
+#include "service/mqtt/mqtt_topics.h"
+#include "service/watched_device.h"
+
+namespace fieldline::service {
+
+// What Home Assistant's MQTT discovery wants to know of a device: a sensor for each field of its record. Topics with
+// their messages, which the broker is to keep.
+std::map<std::string, std::string> DiscoveryOf(const WatchedDevice& watched, const MqttSettings& settings,
+                                               const std::string& unit, const MqttTopics& topics);
+
+}  // namespace fieldline::service
