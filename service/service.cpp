@@ -14,6 +14,7 @@
 #include "service/history/history_writer.h"
 #include "service/http/http_service.h"
 #include "service/live_state.h"
+#include "service/mqtt/mqtt_service.h"
 #include "service/picture/camera_watch.h"
 #include "service/room_watch.h"
 #include "service/say.h"
@@ -45,11 +46,18 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   AlarmService alarms(site, HistoryPath(state_directory), AlarmService::ActorsOf(site, taker), Say,
                       [&history] { return history.TimesSetAside(); });
   alarms.WhenChanged([&live] { live.Wake(); });
+  std::optional<MqttService> mqtt;
+  if (site.service.mqtt) {
+    mqtt.emplace(
+        site, live, HistoryPath(state_directory), Say, [&history] { return history.TimesSetAside(); },
+        [&alarms](const std::string& alarm, const std::string& who) { alarms.Acknowledge(alarm, who); });
+  }
   const auto report = [&](std::size_t device, const PollResult& result) {
     alarms.Add(device, result);
     changes.Add(device, result);
     live.Add(device, result);
     history.Add(EntryOf(device, result));
+    if (mqtt) mqtt->Add(device, result);
   };
   CameraWatch cameras(site, taker, report);
   RoomWatch room(site, report);
@@ -64,6 +72,7 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
     Say("no thread can be made for each line: " + std::string(error.what()));
     return ExitCode::kSomeFailed;
   }
+  if (mqtt) alarms.Listen([&mqtt](const AlarmView& alarm) { mqtt->Show(alarm); });
   NotifyServiceManager("READY=1");
   Say("unit " + site.service.unit + ": " + std::to_string(devices.size()) + " devices on " +
       std::to_string(site.lines.size() + site.cameras.size()) + " lines");
@@ -75,6 +84,7 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
     was_alive = is_alive;
   } while (SleepUnlessInterrupted(BeatInterval()));
   NotifyServiceManager("STOPPING=1");
+  alarms.Listen({});
   return ExitCode::kGood;
 }
 

@@ -77,6 +77,10 @@ ServiceSettings ReadServiceSettings(const JsonNode& root) {
   if (const auto history = root.Find(kHistoryKey)) settings.history = ReadHistory(*history);
   if (const auto pictures = root.Find(kPicturesKey)) settings.pictures = ReadPictures(*pictures);
   if (const auto http = root.Find(kHttpKey)) settings.http = ReadHttpSettings(*http);
+  if (const auto mqtt = root.Find(kMqttKey)) {
+    settings.mqtt = ReadMqttSettings(*mqtt);
+    if (!root.Find(kUnitKey)) mqtt->Refuse("\"unit\" is needed beside it: the broker knows this unit by its name");
+  }
   return settings;
 }
 

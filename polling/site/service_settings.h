@@ -7,6 +7,7 @@
 
 #include "polling/site/http_settings.h"
 #include "polling/site/json_file.h"
+#include "polling/site/mqtt_settings.h"
 
 namespace fieldline {
 
@@ -28,6 +29,7 @@ struct ServiceSettings {
   HistorySettings history;
   PictureSettings pictures;
   std::optional<HttpSettings> http{};  // nothing: no page
+  std::optional<MqttSettings> mqtt{};  // nothing: no broker
 };
 
 // The keys of a site file that are the service's.
@@ -35,6 +37,7 @@ constexpr std::string_view kUnitKey = "unit";
 constexpr std::string_view kHistoryKey = "history";
 constexpr std::string_view kPicturesKey = "pictures";
 constexpr std::string_view kHttpKey = "http";
+constexpr std::string_view kMqttKey = "mqtt";
 
 // Reads them from the root of a site file. Throws UsageError.
 ServiceSettings ReadServiceSettings(const JsonNode& root);

@@ -32,7 +32,8 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject({kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, "lines", "alarms", "alarm_settings"});
+    node.RequireObject(
+        {kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, kMqttKey, "lines", "alarms", "alarm_settings"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, description] : lines.Members()) {
@@ -147,7 +148,8 @@ class Reader {
   }
 
   SiteDevice ReadDevice(const std::string& name, const SiteLine& line, const JsonNode& node) {
-    node.RequireObject({"kind", "address", "interval", "show", "scale", "timeout", "pause", "retries", "any_address"});
+    node.RequireObject(
+        {"kind", "address", "interval", "show", "scale", "publish", "timeout", "pause", "retries", "any_address"});
     ClaimName(name, line, node);
     const Kind& kind = ReadKind(node.Get("kind"));
     if (line.local != (kind.protocol == Protocol::kInputs)) {
@@ -173,6 +175,7 @@ class Reader {
       device.interval = interval->Duration();
       if (is_camera && device.interval < kLeastCameraInterval) interval->RefuseAsNot("at least 10s, for a picture");
     }
+    if (const auto publish = node.Find("publish")) device.publish = ReadPublish(*publish);
     if (const auto show = node.Find("show")) device.shown = FindNumber(show->Text(), device, *show);
     if (const auto scales = node.Find("scale")) {
       for (const auto& [number, scale] : scales->Members()) {

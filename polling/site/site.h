@@ -20,8 +20,9 @@ struct SiteDevice {
   int address;  // 0 when the protocol has none
   std::chrono::milliseconds interval;
   PollOptions options;
-  std::vector<RecordField> fields;  // the kind's fields, runs split, with the site's scales
-  std::size_t shown;                // index of the field that a table shows
+  std::vector<RecordField> fields;   // the kind's fields, runs split, with the site's scales
+  std::size_t shown;                 // index of the field that a table shows
+  std::optional<Publish> publish{};  // nothing: as the site says
 };
 
 struct SiteLine {

@@ -150,6 +150,7 @@ void AlarmService::RestoreTask(const AlarmTask& task, Time now) {
 void AlarmService::Listen(Listener listener) {
   const std::lock_guard lock(mutex_);
   listener_ = std::move(listener);
+  if (!listener_) return;
   for (std::size_t i = 0; i < alarms_.size(); ++i) listener_(ViewOf(i));
 }
 

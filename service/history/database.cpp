@@ -65,6 +65,13 @@ void Statement::BindOne(int position, std::string_view text) {
   if (result != SQLITE_OK) database_.Throw(result);
 }
 
+void Statement::BindOne(int position, std::span<const unsigned char> bytes) {
+  const int size = static_cast<int>(bytes.size());
+  if (const int result = sqlite3_bind_blob(statement_, position, bytes.data(), size, SQLITE_TRANSIENT)) {
+    database_.Throw(result);
+  }
+}
+
 void Statement::BindOne(int position, std::nullptr_t) {
   if (const int result = sqlite3_bind_null(statement_, position)) database_.Throw(result);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -51,7 +52,7 @@ class Statement {
 
   std::int64_t Integer(int column) const;
   double Number(int column) const;
-  std::string Text(int column) const;
+  std::string Text(int column) const;  // or bytes
   bool IsNull(int column) const;
   bool IsText(int column) const;
 
@@ -61,6 +62,7 @@ class Statement {
   void BindOne(int position, double value);
   void BindOne(int position, std::string_view text);
   void BindOne(int position, const std::string& text) { BindOne(position, std::string_view{text}); }
+  void BindOne(int position, std::span<const unsigned char> bytes);
   void BindOne(int position, std::nullptr_t);
 
   Database& database_;

@@ -69,6 +69,13 @@ constexpr char kSchema[] = R"(
   -- Alarms that `fieldlined --test-alarm` asks for.
   CREATE TABLE IF NOT EXISTS alarm_test (alarm TEXT NOT NULL, time INTEGER NOT NULL);
 
+  -- Good readings that the MQTT broker has not confirmed: the record of a device of this kind.
+  CREATE TABLE IF NOT EXISTS mqtt_reading (
+    id INTEGER PRIMARY KEY, device TEXT NOT NULL, kind TEXT NOT NULL, time INTEGER NOT NULL, record BLOB NOT NULL);
+
+  -- Topics whose last message the MQTT broker keeps for us.
+  CREATE TABLE IF NOT EXISTS mqtt_retained (topic TEXT PRIMARY KEY) WITHOUT ROWID;
+
   -- Up to when summaries were made, and from when on all readings are there.
   CREATE TABLE IF NOT EXISTS progress (
     id INTEGER PRIMARY KEY CHECK (id = 1), summarised INTEGER NOT NULL, readings_from INTEGER NOT NULL);
