@@ -32,8 +32,7 @@ bool IsLineName(std::string_view name) {
 class Reader {
  public:
   Site ReadSite(const JsonNode& node) {
-    node.RequireObject(
-        {kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, kMqttKey, "lines", "alarms", "alarm_settings"});
+    node.RequireObject({kUnitKey, kHistoryKey, kPicturesKey, kHttpKey, kMqttKey, "lines", "alarms", "alarm_settings"});
     site_.service = ReadServiceSettings(node);
     const JsonNode lines = node.Get("lines");
     for (const auto& [name, description] : lines.Members()) {

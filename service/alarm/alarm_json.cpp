@@ -16,7 +16,8 @@ ordered_json TimeOrNull(const std::optional<Time>& time) {
 ordered_json TaskToJson(const AlarmTask& task) {
   ordered_json json;
   json["action"] = NameOf(task.kind);
-  json["to"] = TextOrNull(task.target);
+  const bool is_relay = task.kind == AlarmTask::Kind::kRelay;
+  json["to"] = TextOrNull(task.target + (!is_relay ? "" : task.number != 0 ? " on" : " off"));
   json["outcome"] = NameOf(task.outcome);
   json["time"] = IsoTime(ToTime(task.ended != 0 ? task.ended : task.created));
   json["tries"] = task.tries;

@@ -90,7 +90,13 @@ AlarmService::~AlarmService() {
   if (IsEmpty()) return;
   thread_.request_stop();
   thread_.join();
-  for (Actor* const actor : {&board_, &display_, &cameras_}) actor->worker.reset();
+  std::vector<std::unique_ptr<TaskWorker>> workers;
+  {
+    // A worker that reports meanwhile hands out nothing more.
+    const std::lock_guard lock(mutex_);
+    for (Actor* const actor : {&board_, &display_, &cameras_}) workers.push_back(std::move(actor->worker));
+  }
+  workers.clear();
   for (std::size_t i = 0; i < alarms_.size(); ++i) Save(i);
   store_.Flush();
 }

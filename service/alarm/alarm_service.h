@@ -53,8 +53,8 @@ class AlarmService {
   AlarmService& operator=(const AlarmService&) = delete;
 
   // Hears of all alarms, and from then on of each change. It is called on any thread, one call after the other, and
-  // must return at once without calling back: this is where alarms are handed over to a broker. After an empty one nobody
-  // hears.
+  // must return at once without calling back: this is where alarms are handed over to a broker. After an empty one
+  // nobody hears.
   using Listener = std::function<void(const AlarmView&)>;
   void Listen(Listener listener);
 

@@ -1,6 +1,7 @@
 #include "service/alarm/task_worker.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace fieldline::service {
@@ -8,12 +9,24 @@ namespace {
 
 using Kind = AlarmTask::Kind;
 using Outcome = AlarmTask::Outcome;
+using std::chrono::milliseconds;
 
 UnixTime Now() { return ToUnixTime(std::chrono::system_clock::now()); }
 
 bool Replaces(const AlarmTask& task, const AlarmTask& earlier) {
   if (task.kind != earlier.kind) return false;
-  return task.kind == Kind::kDisplay || (task.kind == Kind::kRelay && task.target == earlier.target);
+  const bool has_same_target = task.target == earlier.target;
+  switch (task.kind) {
+    case Kind::kDisplay:
+      return true;
+    case Kind::kRelay:
+      return has_same_target;
+    case Kind::kSpeech:
+    case Kind::kPicture:
+      return has_same_target && task.alarm == earlier.alarm;
+    default:
+      return false;
+  }
 }
 
 }  // namespace
@@ -39,7 +52,8 @@ std::vector<AlarmTask> TaskWorker::Add(const AlarmTask& task) {
       return true;
     });
     if (current_ && Replaces(task, current_->task)) is_current_void_ = true;
-    waiting_.push_back({task});
+    const UnixTime age = std::clamp<UnixTime>(Now() - task.created, 0, limits_.most_age);
+    waiting_.push_back({task, Clock::now() + milliseconds(limits_.most_age - age)});
   }
   wake_.notify_one();
   return replaced;
@@ -84,8 +98,16 @@ std::optional<TaskWorker::Entry> TaskWorker::Next(std::unique_lock<std::mutex>& 
   return std::nullopt;
 }
 
+TaskWorker::Result TaskWorker::Execute(const AlarmTask& task) const {
+  try {
+    return hands_.execute(task);
+  } catch (const std::exception& error) {
+    return {Result::Kind::kRefused, error.what()};
+  }
+}
+
 void TaskWorker::Try(Entry entry) {
-  const Result result = hands_.execute(entry.task);
+  const Result result = Execute(entry.task);
   FollowPresence(result.kind);
   AlarmTask& task = entry.task;
   ++task.tries;
@@ -103,8 +125,8 @@ void TaskWorker::Try(Entry entry) {
 AlarmTask::Outcome TaskWorker::OutcomeOf(const Entry& entry, Result::Kind kind) const {
   if (kind == Result::Kind::kDone) return Outcome::kDone;
   if (is_current_void_) return Outcome::kReplaced;
-  const bool is_given_up = kind == Result::Kind::kRefused ? entry.refusals + 1 >= limits_.most_refusals
-                                                          : Now() - entry.task.created > limits_.most_age;
+  const bool is_given_up =
+      kind == Result::Kind::kRefused ? entry.refusals + 1 >= limits_.most_refusals : Clock::now() >= entry.expires;
   return is_given_up ? Outcome::kFailed : Outcome::kWaiting;
 }
 
@@ -112,7 +134,7 @@ AlarmTask::Outcome TaskWorker::OutcomeOf(const Entry& entry, Result::Kind kind) 
 void TaskWorker::Retry(Entry entry, Result::Kind kind) {
   entry.due = Clock::now();
   if (kind == Result::Kind::kRefused) {
-    std::chrono::milliseconds pause = limits_.refused_pause;
+    milliseconds pause = limits_.refused_pause;
     for (int i = 0; i < entry.refusals; ++i) pause *= 3;
     entry.due += pause;
     ++entry.refusals;

@@ -55,7 +55,7 @@ class TaskWorker {
   TaskWorker& operator=(const TaskWorker&) = delete;
 
   // From any thread. Returns those that wait and that this one makes void: another state of the same relay, another
-  // page.
+  // page, speech and picture of the same alarm. So few wait, however often alarms come while the device is absent.
   std::vector<AlarmTask> Add(const AlarmTask& task);
 
  private:
@@ -63,12 +63,14 @@ class TaskWorker {
 
   struct Entry {
     AlarmTask task;
+    Clock::time_point expires;  // while the device is absent
     Clock::time_point due{};
     int refusals = 0;
   };
 
   void Run(const std::stop_token& stop);
   std::optional<Entry> Next(std::unique_lock<std::mutex>& lock, const std::stop_token& stop);
+  Result Execute(const AlarmTask& task) const;
   void Try(Entry entry);
   void CheckDevice();
   AlarmTask::Outcome OutcomeOf(const Entry& entry, Result::Kind kind) const;

@@ -19,7 +19,7 @@ using Verdict = AlarmService::Verdict;
 constexpr std::chrono::milliseconds kLongestShelving = std::chrono::days(30);
 
 ordered_json RequireObject(const std::string& body, std::initializer_list<std::string_view> keys) {
-  const ordered_json json = ordered_json::parse(body, nullptr, false);
+  ordered_json json = ordered_json::parse(body, nullptr, false);
   if (!json.is_object()) throw UsageError("a JSON object is needed");
   for (const auto& [key, value] : json.items()) {
     if (std::ranges::find(keys, key) != keys.end()) continue;

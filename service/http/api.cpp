@@ -268,7 +268,7 @@ Reply Api::Events(const Parameters& parameters) const {
 }
 
 std::string Api::RequireCamera(const Parameters& parameters) const {
-  const std::string name = RequireText(parameters, "device");
+  std::string name = RequireText(parameters, "device");
   if (IsCamera(*live_.devices()[RequireDevice(name)].device->kind)) return name;
   throw UsageError("'" + Escaped(name) + "' is no camera");
 }

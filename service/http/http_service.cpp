@@ -49,7 +49,7 @@ void SendFile(const WebFile& file, const Request& request, Response& response) {
 // refused; and the cookie does not come with it. A program says nothing of pages.
 bool IsForeignPage(const Request& request) {
   const std::string site = request.get_header_value("Sec-Fetch-Site");
-  if (!site.empty() && site != "same-origin" && site != "none") return true;
+  if (!site.empty()) return site != "same-origin" && site != "none";
   const std::string origin = request.get_header_value("Origin");
   return !origin.empty() && !origin.ends_with("://" + request.get_header_value("Host"));
 }

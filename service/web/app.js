@@ -279,7 +279,7 @@ function drawAlarms() {
   setText(byId("other-alarms"), cleared ? cleared + (cleared === 1 ? " alarm is clear" : " alarms are clear") : "");
   const troubles = state.actors.filter((actor) => actor.trouble);
   byId("actors").hidden = troubles.length === 0;
-  setText(byId("actors"), troubles.map((actor) => actor.device + " tells nobody: " + actor.trouble +
+  setText(byId("actors"), troubles.map((actor) => actor.device + " can't be used: " + actor.trouble +
     (actor.waiting ? "; " + actor.waiting + " waiting" : "")).join(". "));
   byId("who-line").hidden = !shown.some((alarm) => alarm.state === "raised" || alarm.state === "returned");
   byId("alarms-view").hidden = state.alarms.length === 0;

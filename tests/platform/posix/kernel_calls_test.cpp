@@ -52,9 +52,7 @@ int WrappedOpen(const char* path, int flags, ...) {
   va_end(arguments);
   return interrupted_opens > 0 ? --interrupted_opens, Fail(EINTR) : RealOpen(path, flags, mode);
 }
-ssize_t WrappedRead(int fd, void* data, std::size_t count) {
-  return transfer ? transfer() : RealRead(fd, data, count);
-}
+ssize_t WrappedRead(int fd, void* data, std::size_t count) { return transfer ? transfer() : RealRead(fd, data, count); }
 ssize_t WrappedWrite(int fd, const void* data, std::size_t count) {
   return transfer ? transfer() : RealWrite(fd, data, count);
 }
