@@ -77,7 +77,7 @@ class PictureTaking : public testing::Test {
 };
 
 TEST_F(PictureTaking, TwoCamerasNeverGetEachOthersPicture) {
-  const auto take = [this](int camera) { EXPECT_NE(taker_.Take(site_->cameras[camera]).path, "") << camera; };
+  const auto take = [this](std::size_t camera) { EXPECT_NE(taker_.Take(site_->cameras[camera]).path, "") << camera; };
   {
     const std::jthread first(take, 0);
     const std::jthread second(take, 1);
@@ -85,7 +85,7 @@ TEST_F(PictureTaking, TwoCamerasNeverGetEachOthersPicture) {
   for (int i = 0; i < 2; ++i) {
     const auto pictures = shelf_.List("eye-" + std::to_string(i), 10);
     ASSERT_EQ(pictures.size(), 1u);
-    EXPECT_EQ(pictures[0].size, 4096u + i);
+    EXPECT_EQ(pictures[0].size, 4096u + static_cast<unsigned>(i));
   }
 }
 
