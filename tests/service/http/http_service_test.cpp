@@ -225,7 +225,7 @@ TEST_F(Served, AnAlarmIsAcknowledgedByItsOwnPageAlone) {
   const auto post = [&](const char* operation, const char* body, httplib::Headers headers,
                         const char* type = "application/json") {
     const std::string path = std::string("/api/v1/alarms/too%20warm/") + operation;
-    const auto reply = client_->Post(path.c_str(), headers, body, type);
+    const auto reply = client_->Post(path, headers, body, type);
     return reply ? reply->status : -1;
   };
   const auto with = [&](const char* name, const std::string& value) {
