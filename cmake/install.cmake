@@ -36,7 +36,7 @@ if(TARGET fieldlined)
     RENAME fieldlined.conf
     COMPONENT service)
   set(documents ${CMAKE_INSTALL_DATADIR}/doc/fieldlined)
-  install(FILES docs/service.md docs/api.md docs/mqtt.md docs/alarms.md DESTINATION ${documents} COMPONENT service)
+  install(FILES docs/service.md docs/api.md docs/mqtt.md docs/fleet.md docs/alarms.md DESTINATION ${documents} COMPONENT service)
   install(FILES examples/fieldlined.json DESTINATION ${documents}/examples COMPONENT service)
 endif()
 

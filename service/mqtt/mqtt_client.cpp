@@ -85,7 +85,7 @@ void MqttClient::SetCallbacks() {
     if (result == 0) {
       client->events_.connected();
     } else {
-      client->events_.failed(mosquitto_connack_string(result));
+      client->Tell(mosquitto_connack_string(result));
     }
   });
   mosquitto_publish_callback_set(
@@ -98,7 +98,7 @@ void MqttClient::SetCallbacks() {
     static_cast<MqttClient*>(self)->events_.received(message->topic, payload, message->retain);
   });
   mosquitto_log_callback_set(handle_, [](mosquitto*, void* self, int level, const char* text) {
-    if (level == MOSQ_LOG_ERR) static_cast<MqttClient*>(self)->events_.failed(text);
+    if (level == MOSQ_LOG_ERR) static_cast<MqttClient*>(self)->Tell(text);
   });
 }
 
@@ -106,6 +106,10 @@ MqttClient::~MqttClient() {
   thread_.request_stop();
   if (thread_.joinable()) thread_.join();
   mosquitto_destroy(handle_);
+}
+
+void MqttClient::Tell(const std::string& reason) {
+  if (!std::exchange(has_told_, true)) events_.failed(reason);
 }
 
 void MqttClient::Start() {
@@ -116,13 +120,14 @@ void MqttClient::Start() {
 void MqttClient::Run(const std::stop_token& stop) {
   auto pause = kShortestPause;
   while (!stop.stop_requested()) {
+    has_told_ = false;
     const int result = mosquitto_connect_async(handle_, settings_.host.c_str(), settings_.port, kKeepAlive);
     if (result == MOSQ_ERR_SUCCESS) {
       Serve(stop);
       if (is_connected_.exchange(false)) pause = kShortestPause;
       events_.disconnected();
     } else {
-      events_.failed(Reason(result));
+      Tell(Reason(result));
     }
     std::unique_lock lock(mutex_);
     wake_.wait_for(lock, stop, pause, [] { return false; });
@@ -136,7 +141,7 @@ void MqttClient::Serve(const std::stop_token& stop) {
   for (;;) {
     const int result = mosquitto_loop(handle_, kGlance, 1);
     if (result != MOSQ_ERR_SUCCESS) {
-      if (!end) events_.failed(Reason(result));
+      if (!end) Tell(Reason(result));
       return;
     }
     if (stop.stop_requested() && !end) {

@@ -51,12 +51,14 @@ class MqttClient {
   void SetCallbacks();
   void Run(const std::stop_token& stop);
   void Serve(const std::stop_token& stop);
+  void Tell(const std::string& reason);
 
   const MqttSettings settings_;
   const Events events_;
   mosquitto* handle_ = nullptr;
 
   std::atomic<bool> is_connected_ = false;
+  bool has_told_ = false;  // why this try has failed; the first reason is the best one
   std::mutex mutex_;
   std::condition_variable_any wake_;
   std::jthread thread_;  // last: it uses all of the above
