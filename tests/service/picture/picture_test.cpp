@@ -61,7 +61,7 @@ class PictureTaking : public testing::Test {
       EXPECT_TRUE(line_[i].Start());
       const std::string number = std::to_string(i);
       lines += (i == 0 ? "\"A" : ", \"A") + number + R"(": {"path": ")" + line_[i].Path() +
-               R"(", "settings": "115200,n,8,1", "timeout": "1,100", "devices": {"eye-)" + number +
+               R"(", "settings": "115200,n,8,1", "timeout": "1,400", "devices": {"eye-)" + number +
                R"(": {"kind": "camera-3ge"}}})";
     }
     lines += R"(, "EIO1": {"path": "/dev/null", "devices": {"own": {"kind": "di"}}})";
