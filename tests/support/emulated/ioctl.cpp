@@ -16,9 +16,11 @@
 namespace {
 
 constexpr tcflag_t kSpeed = CBAUD | CBAUD << IBSHIFT;
+constexpr tcflag_t kMarkParity = CMSPAR;
+constexpr tcflag_t kKept = kSpeed | kMarkParity;
 
 struct Kept {
-  tcflag_t flags;  // the speed's and CMSPAR
+  tcflag_t flags;  // those in kKept
   speed_t in;
   speed_t out;
 };
@@ -52,7 +54,7 @@ int GetSettings(int fd, termios2& settings) {
   CopySettings(plain, settings);
   const std::lock_guard lock(mutex);
   const auto kept = kept_by_line.try_emplace(LineOf(fd), Kept{B38400, 38400, 38400}).first->second;
-  settings.c_cflag = (settings.c_cflag & ~(kSpeed | CMSPAR)) | kept.flags;
+  settings.c_cflag = (settings.c_cflag & ~kKept) | kept.flags;
   settings.c_ispeed = kept.in;
   settings.c_ospeed = kept.out;
   return 0;
@@ -62,10 +64,10 @@ int SetSettings(int fd, const termios2& settings) {
   termios plain{};
   CopySettings(settings, plain);
   if ((plain.c_cflag & CBAUD) == BOTHER) plain.c_cflag = (plain.c_cflag & ~kSpeed) | B38400;
-  plain.c_cflag &= ~CMSPAR;
+  plain.c_cflag &= ~kMarkParity;
   if (Call(fd, TCSETS, &plain) != 0) return -1;
   const std::lock_guard lock(mutex);
-  kept_by_line[LineOf(fd)] = {settings.c_cflag & (kSpeed | CMSPAR), settings.c_ispeed, settings.c_ospeed};
+  kept_by_line[LineOf(fd)] = {settings.c_cflag & kKept, settings.c_ispeed, settings.c_ospeed};
   return 0;
 }
 
