@@ -47,7 +47,7 @@ install(
   FILES_MATCHING
   PATTERN *.h
   PATTERN platform/${FIELDLINE_PLATFORM} EXCLUDE
-  REGEX /platform/\(clock|console|device_path|digital_inputs|directory_lock|local_time|output_file|pseudo_terminal|service_manager|text\)\\.h$ EXCLUDE)
+  REGEX /platform/\(clock|connection|console|device_path|digital_inputs|directory_lock|local_time|output_file|path_buffer|pseudo_terminal|service_manager|text|utf8\)\\.h$ EXCLUDE)
 
 # The library depends on nothing, so the list of targets is the whole package configuration.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/fieldline)

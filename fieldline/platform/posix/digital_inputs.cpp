@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "fieldline/platform/posix/device_path.h"
+#include "fieldline/platform/path_buffer.h"
 #include "fieldline/platform/posix/open_file.h"
 #include "fieldline/platform/posix/wait.h"
 

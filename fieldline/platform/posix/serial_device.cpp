@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "fieldline/platform/posix/device_path.h"
+#include "fieldline/platform/path_buffer.h"
 #include "fieldline/platform/posix/open_file.h"
 #include "fieldline/platform/posix/terminal.h"
 #include "fieldline/platform/posix/wait.h"

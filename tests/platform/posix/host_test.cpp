@@ -16,7 +16,7 @@
 #include "fieldline/platform/device_name.h"
 #include "fieldline/platform/digital_inputs.h"
 #include "fieldline/platform/file.h"
-#include "fieldline/platform/posix/device_path.h"
+#include "fieldline/platform/path_buffer.h"
 #include "tests/support/temp_directory.h"
 
 namespace fieldline {
@@ -54,7 +54,7 @@ TEST(DevicePathTest, NamesHaveDefaults) {
       {nullptr,            "-"            }
   };
   for (const auto& [device, path] : kCases) EXPECT_EQ(path, PathOf(device)) << testing::PrintToString(device);
-  EXPECT_EQ("-", PathOf((L"/" + std::wstring(PATH_MAX, L'a') + L":").c_str()));
+  EXPECT_EQ("-", PathOf((L"/" + std::wstring(sizeof(PathBuffer), L'a') + L":").c_str()));
 }
 
 TEST(DevicePathTest, AMappingHoldsUntilItIsTakenBack) {

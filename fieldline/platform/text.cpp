@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "fieldline/platform/posix/utf8.h"
+#include "fieldline/platform/utf8.h"
 
 namespace fieldline {
 

@@ -1,7 +1,5 @@
 #include "fieldline/platform/device_name.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -11,8 +9,8 @@
 #include <utility>
 
 #include "fieldline/platform/device_path.h"
-#include "fieldline/platform/posix/device_path.h"
-#include "fieldline/platform/posix/utf8.h"
+#include "fieldline/platform/path_buffer.h"
+#include "fieldline/platform/utf8.h"
 
 namespace fieldline {
 
@@ -52,54 +50,6 @@ std::unique_ptr<Character[]> Copy(std::basic_string_view<Character> text) {
 
 bool HasFinalColon(const wchar_t* device) { return device != nullptr && std::wstring_view(device).ends_with(L':'); }
 
-bool CopyPath(std::string_view path, PathBuffer& out) {
-  if (path.size() >= sizeof out) return false;
-  std::memcpy(out, path.data(), path.size());
-  out[path.size()] = '\0';
-  return true;
-}
-
-bool CopyWidePath(std::wstring_view path, PathBuffer& out) {
-  std::size_t length = 0;
-  for (const wchar_t code : path) {
-    char bytes[4];
-    const auto units = static_cast<std::size_t>(EncodeUtf8(static_cast<char32_t>(code), bytes));
-    if (length + units >= sizeof out) return false;
-    std::memcpy(out + length, bytes, units);
-    length += units;
-  }
-  out[length] = '\0';
-  return true;
-}
-
-// Number of a numbered device: decimal, at least 1, without leading zeros. 0 for anything else.
-int ParseNumber(std::wstring_view digits) {
-  constexpr std::size_t kMaxDigits = 4;
-  if (digits.empty() || digits.size() > kMaxDigits || digits.front() == L'0') return 0;
-  int number = 0;
-  for (const wchar_t digit : digits) {
-    if (digit < L'0' || digit > L'9') return 0;
-    number = number * 10 + static_cast<int>(digit - L'0');
-  }
-  return number;
-}
-
-bool CopyNumberedPath(std::string_view prefix, int number, PathBuffer& out) {
-  if (!CopyPath(prefix, out)) return false;
-  *std::to_chars(out + prefix.size(), out + sizeof out, number).ptr = '\0';
-  return true;
-}
-
-bool CopyDefaultPath(std::wstring_view name, PathBuffer& out) {
-  if (name.find(L'/') != name.npos) return CopyWidePath(name, out);
-  if (name == L"EIO1") return CopyPath("/dev/eio1", out);
-  const int number = ParseNumber(name.substr(std::min<std::size_t>(name.size(), 3)));
-  if (number == 0) return false;
-  if (name.starts_with(L"ESL")) return CopyNumberedPath("/dev/ttyESL", number, out);
-  if (name.starts_with(L"COM")) return CopyNumberedPath("/dev/ttyS", number - 1, out);
-  return false;
-}
-
 }  // namespace
 
 int MapDevice(const wchar_t* device, const char* path) {
@@ -137,7 +87,28 @@ bool FindDevicePath(const wchar_t* device, PathBuffer& path) {
     if (const auto& mapping = *FindMapping(devices, name)) return CopyPath(mapping->path.get(), path);
   }
   name.remove_suffix(1);
-  return CopyDefaultPath(name, path);
+  return DefaultDevicePath(name, path);
+}
+
+bool CopyWidePath(std::wstring_view text, PathBuffer& path) {
+  std::size_t length = 0;
+  while (!text.empty()) {
+    auto code = static_cast<char32_t>(text.front());
+    text.remove_prefix(1);
+    if constexpr (sizeof(wchar_t) == sizeof(char16_t)) {
+      if (!text.empty() && (code & 0xFC00) == 0xD800 && (text.front() & 0xFC00) == 0xDC00) {
+        code = 0x10000 + ((code - 0xD800) << 10) + (static_cast<char32_t>(text.front()) - 0xDC00);
+        text.remove_prefix(1);
+      }
+    }
+    char bytes[4];
+    const auto units = static_cast<std::size_t>(EncodeUtf8(code, bytes));
+    if (length + units >= sizeof path) return false;
+    std::memcpy(path + length, bytes, units);
+    length += units;
+  }
+  path[length] = '\0';
+  return true;
 }
 
 }  // namespace fieldline
