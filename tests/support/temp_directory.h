@@ -28,14 +28,16 @@ class TempDirectory {
   std::string Path(const std::string& below) const { return (path_ / below).string(); }
 
   void WriteFile(const std::string& below, const std::string& content) const {
-    std::ofstream(path_ / below, std::ios::binary) << content;
+    std::ofstream(path_ / Utf8(below), std::ios::binary) << content;
   }
   std::string ReadFile(const std::string& below) const {
-    std::ifstream file(path_ / below, std::ios::binary);
+    std::ifstream file(path_ / Utf8(below), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
  private:
+  static std::filesystem::path Utf8(const std::string& text) { return std::u8string(text.begin(), text.end()); }
+
   std::filesystem::path path_;
 };
 
