@@ -225,7 +225,9 @@ TEST_F(HubAlarmTest, MmsGoesInBlocksOf256) {
         0x15, {'H', 'i', 0},
          {0 }
     });
-    ExpectSteps(steps, [&] { return alarm_->Alm_send_mms(kHi, size > 0 ? data.data() : nullptr, size); });
+    ExpectSteps(steps, [&] {
+      return alarm_->Alm_send_mms(kHi, size > 0 ? data.data() : nullptr, static_cast<unsigned long>(size));
+    });
   }
 
   // Whatever length the answer to a block announces, checksum and end mark are expected right after the command.

@@ -104,7 +104,7 @@ const Operation kOperations[] = {
      [](IHubAlarm& board, Arguments& arguments, ordered_json& record) {
        record["bytes"] = arguments.data.size();
        return board.Alm_send_mms(arguments.text.data(), reinterpret_cast<BYTE*>(arguments.data.data()),
-                                 arguments.data.size());
+                                 static_cast<unsigned long>(arguments.data.size()));
      }},
     {"dial", "Call a number and speak a text", {"NUMBER", "TEXT"},
      [](IHubAlarm& board, Arguments& arguments, ordered_json&) {

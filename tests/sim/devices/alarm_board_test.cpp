@@ -87,7 +87,9 @@ TEST_F(BoardTest, RecoversWhenThePlugIsPulledInATransfer) {
 
   char text[] = "snapshot";
   Bytes data(10'000'000, 0x40);
-  auto transfer = std::async(std::launch::async, [&] { return alarm_->Alm_send_mms(text, data.data(), data.size()); });
+  auto transfer = std::async(std::launch::async, [&] {
+    return alarm_->Alm_send_mms(text, data.data(), static_cast<unsigned long>(data.size()));
+  });
   under_way.wait();
   // The name leads nowhere before the line is gone: the system may give its path to somebody else.
   ASSERT_TRUE(MapDevice(L"ESL1:", "/nonexistent"));
@@ -114,7 +116,7 @@ void Drive(IHubAlarm* alarm, int thread, int operations) {
   unsigned long inputs = 0;
   BYTE result = 1;
   const std::function<int()> mixed[] = {
-      [&] { return alarm->Alm_send_mms(text.data(), data.data(), data.size()); },
+      [&] { return alarm->Alm_send_mms(text.data(), data.data(), static_cast<unsigned long>(data.size())); },
       [&] { return alarm->Alm_pstn_dial(number.data(), text.data()); },
       [&] { return alarm->Alm_tts_local(text.data()); },
       [&] { return alarm->Alm_send_sms(number.data(), text.data(), &result); },
