@@ -6,6 +6,7 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(
   TARGETS fieldline_shared EXPORT fieldline
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
+  RUNTIME COMPONENT library
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS fieldline_static EXPORT fieldline)
 if(TARGET fieldline_tool)
