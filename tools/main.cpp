@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fieldline/platform/console.h"
+#include "fieldline/platform/device_path.h"
 #include "fieldline/sensor/sensor_factory.h"
 #include "fieldline/serial/hub_ser_factory.h"
 #include "polling/exit_code.h"
@@ -34,6 +35,17 @@ constexpr char kExitCodes[] =
 // Leaves out the default of an option whose value is optional: CLI11 would write "--trace{-}".
 class HelpFormatter final : public CLI::Formatter {
  public:
+  // Lines have other names on other systems.
+  std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+    constexpr std::string_view kWritten = "/dev/ttyUSB0";
+    const std::string_view usual = kUsualSerialPath;
+    std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+    for (std::size_t at = help.find(kWritten); at != help.npos; at = help.find(kWritten, at + usual.size())) {
+      help.replace(at, kWritten.size(), usual);
+    }
+    return help;
+  }
+
   std::string make_option_name(const CLI::Option* option, bool is_positional) const override {
     std::string name = CLI::Formatter::make_option_name(option, is_positional);
     if (const std::size_t value = name.find("{-}"); value != std::string::npos) name.replace(value, 3, "[=FILE]");

@@ -15,6 +15,9 @@ class PseudoTerminal {
   PseudoTerminal(const PseudoTerminal&) = delete;
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
+  // Whether this system has any.
+  static bool IsSupported();
+
   // Creates a new line. Returns false when the system has none left.
   bool Open();
 

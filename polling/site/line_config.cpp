@@ -91,7 +91,7 @@ struct Mapping {
 Mapping ParseMap(const std::string& map) {
   const std::size_t equals = map.find('=');
   if (equals == std::string::npos || equals == 0 || equals + 1 == map.size()) {
-    throw UsageError("--map \"" + map + "\": write DEVICE=PATH, such as COM1=/dev/ttyUSB0");
+    throw UsageError("--map \"" + map + "\": write DEVICE=PATH, such as COM1=" + kUsualSerialPath);
   }
   return {WithColon(map.substr(0, equals)), map.substr(equals + 1)};
 }
@@ -142,7 +142,8 @@ bool NamesSettings(const LineArguments& arguments) { return !SplitPort(arguments
 LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_settings) {
   ApplyMaps(arguments);
   if (arguments.port.empty()) {
-    throw UsageError("which line? write --port DEFINITION, such as --port /dev/ttyUSB0:" + std::string(usual_settings));
+    throw UsageError(std::string("which line? write --port DEFINITION, such as --port ") + kUsualSerialPath + ":" +
+                     std::string(usual_settings));
   }
   PortText port = SplitPort(arguments.port);
   if (port.settings.empty()) port.settings = usual_settings;
@@ -155,9 +156,9 @@ LineConfig ResolveLine(const LineArguments& arguments, std::string_view usual_se
     device = kPathDevice;
     MapDevice(Widen(device).c_str(), port.device.c_str());
   } else if (DevicePath(Widen(device).c_str()).empty()) {
-    throw UsageError("\"" + port.device +
-                     "\" is not a device name: write COM1, ESL1, a path such as /dev/ttyUSB0, or a " +
-                     "name of your own with --map " + (port.device.empty() ? "NAME" : port.device) + "=PATH");
+    throw UsageError("\"" + port.device + "\" is not a device name: write COM1, ESL1, a path such as " +
+                     kUsualSerialPath + ", or a " + "name of your own with --map " +
+                     (port.device.empty() ? "NAME" : port.device) + "=PATH");
   }
 
   LineConfig line;

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "fieldline/platform/device_path.h"
 #include "polling/kind_name.h"
 #include "polling/record/kind_fields.h"
 #include "polling/site/alarm_rules.h"
@@ -134,7 +135,7 @@ class Reader {
 
   std::string ReadPath(const std::string& line, const JsonNode& node) {
     const JsonNode path = node.Get("path");
-    if (path.Text().empty()) path.Refuse("the path of the device is needed, such as /dev/ttyUSB0");
+    if (path.Text().empty()) path.Refuse(std::string("the path of the device is needed, such as ") + kUsualSerialPath);
     const auto [first, is_new] = lines_by_path_.try_emplace(path.Text(), line);
     if (!is_new) path.Refuse("duplicate path: " + first->second + " has the same");
     return path.Text();

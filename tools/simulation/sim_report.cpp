@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fieldline/kinds.h"
+#include "fieldline/platform/pseudo_terminal.h"
 #include "polling/protocol/protocol.h"
 #include "polling/text.h"
 #include "sim/devices/alarm/alarm_board.h"
@@ -73,6 +74,9 @@ ordered_json ToJson(const sim::Value& value) {
 }  // namespace
 
 std::string StartFailure(const std::filesystem::path& scratch) {
+  if (!PseudoTerminal::IsSupported()) {
+    return "this system has no pseudo-terminals, which the simulation needs; run it on Linux";
+  }
   std::string text = "the simulation can't start: the system has no pseudo-terminal left";
   if (!scratch.empty()) text += ", or " + scratch.string() + " can't be written";
   return text;

@@ -9,6 +9,8 @@
 
 namespace fieldline {
 
+const char* const kUsualSerialPath = "/dev/ttyUSB0";
+
 namespace {
 
 // Calls `visit` with the name of each entry until it returns true.

@@ -9,6 +9,8 @@
 
 namespace fieldline {
 
+bool PseudoTerminal::IsSupported() { return true; }
+
 bool PseudoTerminal::Open() {
   Close();
   far_ = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);

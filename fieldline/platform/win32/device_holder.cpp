@@ -2,6 +2,9 @@
 
 namespace fieldline {
 
+const char* const kUsualSerialPath = "COM3";
+
+// Windows tells no ordinary program.
 int ProcessThatHolds(const char*) { return 0; }
 
 }  // namespace fieldline

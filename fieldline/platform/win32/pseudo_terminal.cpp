@@ -3,6 +3,7 @@
 namespace fieldline {
 
 // Windows has serial lines in hardware and in drivers only.
+bool PseudoTerminal::IsSupported() { return false; }
 bool PseudoTerminal::Open() { return false; }
 void PseudoTerminal::Close() {}
 int PseudoTerminal::Read(BYTE*, int, int) { return -1; }

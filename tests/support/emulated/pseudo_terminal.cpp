@@ -34,6 +34,8 @@ std::int32_t Ask(std::intptr_t handle, const std::string& request) {
 
 }  // namespace
 
+bool PseudoTerminal::IsSupported() { return true; }
+
 bool PseudoTerminal::Open() {
   Close();
   static WSADATA data;
