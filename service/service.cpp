@@ -43,7 +43,7 @@ ExitCode RunService(const Site& site, const std::string& state_directory) {
   const std::string picture_directory = state_directory + "/pictures";
   const PictureShelf shelf(picture_directory, site.service.pictures);
   PictureTaker taker(picture_directory, shelf);
-  AlarmService alarms(site, HistoryPath(state_directory), AlarmService::ActorsOf(site, taker), Say,
+  AlarmService alarms(site, HistoryPath(state_directory), HandsOf(site, taker), Say,
                       [&history] { return history.TimesSetAside(); });
   alarms.WhenChanged([&live] { live.Wake(); });
   std::optional<MqttService> mqtt;

@@ -91,4 +91,7 @@ struct AlarmRules {
   std::vector<std::string> lines;    // in the same order
 };
 
+// The index of the rule with this name.
+std::optional<std::size_t> FindRule(const AlarmRules& rules, std::string_view name);
+
 }  // namespace fieldline

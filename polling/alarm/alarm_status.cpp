@@ -1,7 +1,5 @@
 #include "polling/alarm/alarm_status.h"
 
-#include "polling/alarm/alarm_rule.h"
-
 namespace fieldline {
 
 std::string_view StateName(AlarmState state) {
@@ -18,20 +16,6 @@ std::string_view StateName(AlarmState state) {
       return "returned";
     case AlarmState::kShelved:
       return "shelved";
-  }
-  return {};
-}
-
-std::string_view SeverityName(AlarmSeverity severity) {
-  switch (severity) {
-    case AlarmSeverity::kCritical:
-      return "critical";
-    case AlarmSeverity::kHigh:
-      return "high";
-    case AlarmSeverity::kMedium:
-      return "medium";
-    case AlarmSeverity::kLow:
-      return "low";
   }
   return {};
 }

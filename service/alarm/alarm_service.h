@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -16,12 +14,14 @@
 #include "polling/alarm/alarm_evaluator.h"
 #include "polling/poller.h"
 #include "polling/site/site.h"
+#include "service/alarm/action_tasks.h"
+#include "service/alarm/alarm_clock.h"
+#include "service/alarm/alarm_duty.h"
 #include "service/alarm/alarm_store.h"
 #include "service/alarm/alarm_view.h"
-#include "service/alarm/message_limit.h"
-#include "service/alarm/status_json.h"
+#include "service/alarm/device_hands.h"
+#include "service/alarm/task_dispatcher.h"
 #include "service/alarm/task_worker.h"
-#include "service/picture/picture_taker.h"
 
 namespace fieldline::service {
 
@@ -32,19 +32,10 @@ class AlarmService {
   // Is told, in a sentence, what a person should know.
   using Notice = std::function<void(const std::string&)>;
 
-  // How the devices that act are used; an empty one is not in the site.
-  struct Actors {
-    TaskWorker::Hands board{};
-    TaskWorker::Hands display{};
-    TaskWorker::Hands cameras{};
-  };
-  // `site` and `taker` must outlive them.
-  static Actors ActorsOf(const Site& site, PictureTaker& taker);
-
   // Goes on where the database's last alarms ended. `site` must outlive this. `times_set_aside` counts how often
   // another database came in place of a damaged one.
   AlarmService(
-      const Site& site, const std::string& history_path, Actors actors, Notice notice,
+      const Site& site, const std::string& history_path, ActingHands hands, Notice notice,
       std::function<int()> times_set_aside = [] { return 0; }, const TaskWorker::Limits& limits = {});
 
   // Stores the states. What was not done yet is done after the next start.
@@ -96,14 +87,6 @@ class AlarmService {
     AlarmDuty duty{};
     std::optional<Time> test_until{};
     std::uint64_t raises = 0;
-    std::vector<AlarmTask> tasks{};  // of the last raise
-  };
-  struct Actor {
-    std::string name;
-    std::string trouble{};
-    Time since{};
-    std::map<std::int64_t, AlarmTask> waiting{};
-    std::unique_ptr<TaskWorker> worker{};
   };
 
   // Does the step under the lock, stores what it changed, hands out what it began, and tells who listens.
@@ -116,15 +99,7 @@ class AlarmService {
   void TakeSwitch(const AlarmReading& reading, AlarmTime now);
   void Tick();
   void Restore();
-  void RestoreTask(const AlarmTask& task, Time now);
 
-  // Times: `Time` is that of the evaluator, which follows no change of the wall clock.
-  AlarmTime Now() const { return At(Clock::now()); }
-  AlarmTime At(Clock::time_point moment) const;
-  void FollowClock();
-  UnixTime WallTime(Time time) const { return ToUnixTime(time + offset_); }
-
-  std::optional<std::size_t> Find(const std::string& alarm) const;
   AlarmState StateOf(std::size_t alarm) const;
   AlarmView ViewOf(std::size_t alarm) const;
   void Follow(const AlarmEvaluator::Changes& changes);
@@ -135,21 +110,13 @@ class AlarmService {
   void Remind(std::size_t alarm, Time now);
   void Save(std::size_t alarm);
 
-  void DoActions(std::size_t alarm, const std::vector<AlarmAction>& actions, bool again);
+  Occasion OccasionOf(std::size_t alarm) const;
+  void AddTasks(std::size_t alarm, const std::vector<AlarmAction>& actions);
+  void RepeatTasks(std::size_t alarm);
   void ReleaseRelays(std::size_t alarm, const std::vector<RelayAction>& before);
   bool IsHeldByAnother(std::size_t alarm, const RelayAction& relay) const;
   std::vector<RelayAction> RelaysOf(std::size_t alarm) const;
-  AlarmTask TaskFor(std::size_t alarm, AlarmTask::Kind kind, const std::string& target, const std::string& text) const;
-  std::string Fill(std::size_t alarm, const std::string& text) const;
-  void Enqueue(AlarmTask task);
-  void Keep(const AlarmTask& task);
-  bool IsWaiting(const AlarmTask& task) const;
-  void Summarise();
-  void OnReport(Actor& actor, const AlarmTask* task, const TaskWorker::Result& result);
-  void SendPicture(const AlarmTask& task, const std::string& path);
-  void TellAnotherWay(const AlarmTask& task);
-  Actor& ActorFor(AlarmTask::Kind kind);
-  void Employ(Actor& actor, std::string name, TaskWorker::Hands hands, const TaskWorker::Limits& limits);
+  void OnReport(ActingDevice device, const AlarmTask* task, const TaskWorker::Result& result);
 
   const std::string unit_;
   const AlarmRules& rules_;
@@ -160,16 +127,12 @@ class AlarmService {
   std::deque<Poll> polls_;
 
   mutable std::mutex mutex_;  // of all below
-  const Time start_ = std::chrono::system_clock::now();
-  const Clock::time_point start_clock_ = Clock::now();
-  std::chrono::milliseconds offset_{0};  // the wall clock's, against the evaluator's time; not 0 after it was set
+  AlarmClock clock_;
   AlarmEvaluator evaluator_;
   std::vector<Alarm> alarms_;  // by rule
   std::optional<AlarmConditionState> switch_;
   Truth switch_was_ = Truth::kUnknown;
   AlarmStore store_;
-  MessageLimit limit_;
-  std::int64_t last_task_ = 0;
   Clock::time_point next_save_{};
   Clock::time_point next_tick_{};
   const std::function<int()> times_set_aside_;
@@ -178,14 +141,12 @@ class AlarmService {
   std::uint64_t version_ = 1;
   bool has_changed_ = false;          // something that is shown, in this step
   std::vector<std::size_t> touched_;  // alarms that changed in it
-  std::vector<AlarmTask> begun_;      // tasks that are handed out when they are stored
   Listener listener_;
   std::function<void()> changed_;
 
-  Actor board_;
-  Actor display_;
-  Actor cameras_;
-  std::jthread thread_;  // last: it uses all of the above
+  // Last: their threads use all of the above.
+  TaskDispatcher tasks_;
+  std::jthread thread_;
 };
 
 }  // namespace fieldline::service

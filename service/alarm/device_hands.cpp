@@ -86,8 +86,6 @@ Result TakePicture(const std::vector<SiteLine>& cameras, const std::string& name
   return taken.result.failure ? Refused(taken.result.failure->message) : Result{Result::Kind::kDone, taken.path};
 }
 
-}  // namespace
-
 TaskWorker::Hands BoardHands(const ControlledDevice& device) {
   const auto board = std::make_shared<Board>(device);
   return {[board](const AlarmTask& task) { return board->Execute(task); }, [board] { return board->Check(); }};
@@ -106,6 +104,23 @@ TaskWorker::Hands DisplayHands(const ControlledDevice& device) {
 TaskWorker::Hands CameraHands(const Site& site, PictureTaker& taker) {
   const auto execute = [&site, &taker](const AlarmTask& task) { return TakePicture(site.cameras, task.target, taker); };
   return {execute, {}};
+}
+
+const ControlledDevice* FindControlled(const Site& site, ENUM_SERDATKIND kind) {
+  const auto found = std::ranges::find(site.controlled, kind, [](const auto& device) { return device.kind->number; });
+  return found != site.controlled.end() ? &*found : nullptr;
+}
+
+}  // namespace
+
+ActingHands HandsOf(const Site& site, PictureTaker& taker) {
+  ActingHands hands;
+  if (site.alarms.rules.empty()) return hands;
+  auto& [board, display, cameras] = hands;
+  if (const auto* const device = FindControlled(site, SERDAT_ALARM)) board = {device->name, BoardHands(*device)};
+  if (const auto* const device = FindControlled(site, SERDAT_MONITOR)) display = {device->name, DisplayHands(*device)};
+  if (!site.cameras.empty()) cameras = {"cameras", CameraHands(site, taker)};
+  return hands;
 }
 
 }  // namespace fieldline::service

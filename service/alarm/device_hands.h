@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string>
 
 #include "polling/site/site.h"
@@ -8,13 +10,20 @@
 
 namespace fieldline::service {
 
-// How the devices of a site that act are used. `device` must outlive the hands, and of the alarm board and the display
-// there is one pair each: the library has one controller and one display.
-TaskWorker::Hands BoardHands(const ControlledDevice& device);
-TaskWorker::Hands DisplayHands(const ControlledDevice& device);
+// What acts for alarms: each takes its tasks one after the other.
+enum class ActingDevice { kBoard, kDisplay, kCameras };
+constexpr std::size_t kActingDevices = 3;
 
-// Takes pictures with any camera of the site. After a task that was done, the reason is the picture's path. `taker`
-// must outlive the hands.
-TaskWorker::Hands CameraHands(const Site& site, PictureTaker& taker);
+// How such a device is used; without hands, the site has none.
+struct NamedHands {
+  std::string name{};
+  TaskWorker::Hands hands{};
+};
+using ActingHands = std::array<NamedHands, kActingDevices>;  // by device
+
+// Those of the site; there are none when it has no alarms. `site` and `taker` must outlive them, and there may be one
+// such set in a program: the library has one alarm controller and one display. Of a picture that was taken, the
+// result's reason is the path.
+ActingHands HandsOf(const Site& site, PictureTaker& taker);
 
 }  // namespace fieldline::service

@@ -77,8 +77,11 @@ class AlarmsThatAct : public testing::Test {
     const TaskWorker::Limits quick = {
         .absent_pause = 1ms, .longest_absent_pause = 1ms, .refused_pause = 1ms, .most_refusals = 2};
     alarms_.emplace(
-        site_, directory_.Path("history.db"), AlarmService::Actors{board_.Hands(), {}, {}}, [](const std::string&) {},
-        [this] { return times_set_aside_.load(); }, quick);
+        site_, directory_.Path("history.db"),
+        ActingHands{
+            NamedHands{"board", board_.Hands()}
+    },
+        [](const std::string&) {}, [this] { return times_set_aside_.load(); }, quick);
     return *alarms_;
   }
 
