@@ -43,6 +43,9 @@ bool SleepUnlessInterrupted(int ms);
 // calls this has a file to open. After CatchInterrupts().
 void CatchReopenRequests();
 
+// The signal that asks for it, as help names it; null on a system that has none.
+extern const char* const kReopenSignal;
+
 // Whether that was asked for since the last call.
 bool TakeReopenRequest();
 

@@ -7,8 +7,9 @@
 namespace fieldline::tool {
 
 void AddLogOption(CLI::App& command, std::string& path) {
-  command.add_option("--log", path, "Append every poll as a JSON object to this file; SIGHUP reopens it")
-      ->type_name("FILE");
+  std::string help = "Append every poll as a JSON object to this file";
+  if (kReopenSignal != nullptr) help += std::string("; ") + kReopenSignal + " reopens it";
+  command.add_option("--log", path, help)->type_name("FILE");
 }
 
 PollLog::PollLog(const std::string& path) : wanted_(!path.empty()) {

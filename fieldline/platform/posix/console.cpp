@@ -103,6 +103,8 @@ void Interrupt() {
   [[maybe_unused]] const ssize_t written = write(interrupt_event, &one, sizeof one);
 }
 
+const char* const kReopenSignal = "SIGHUP";
+
 void CatchReopenRequests() { Catch(SIGHUP, OnReopenRequest); }
 
 bool TakeReopenRequest() { return reopen_requested.exchange(false); }

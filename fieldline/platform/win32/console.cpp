@@ -98,6 +98,7 @@ bool SleepUnlessInterrupted(int ms) {
 }
 
 // Nobody can ask for it: Windows has no hang-up.
+const char* const kReopenSignal = nullptr;
 void CatchReopenRequests() {}
 bool TakeReopenRequest() { return false; }
 
