@@ -108,11 +108,11 @@ TEST(Camera3ge, AnswersItsRequest) {
   EXPECT_EQ(Ask(camera, Hex("55 47 33")), "");
 }
 
-class CameraLine : public testing::TestWithParam<std::tuple<int, const char*>> {};
+class CameraLine : public testing::TestWithParam<std::tuple<int, std::string>> {};
 
 // Through driver, port and line, with a line faster than any real one.
 TEST_P(CameraLine, CarriesThePictureUnchanged) {
-  const auto [size, kind] = GetParam();
+  const auto& [size, kind] = GetParam();
   const test::FlashImages flash;
   Line line({.baud = 115200, .paced = false});
   line.Add(test::MakeDevice(kind, 0)).values().PutNumber("size", size);
@@ -135,7 +135,7 @@ TEST_P(CameraLine, CarriesThePictureUnchanged) {
   const auto& record = *reinterpret_cast<const CAMERA_DATA*>(driver->m_pData);
   EXPECT_EQ(record.length, size);
   const std::string stored = flash.Read(record.name);
-  EXPECT_EQ(stored, kind == std::string("camera") ? sent.substr(5, sent.size() - 10) : sent);
+  EXPECT_EQ(stored, kind == "camera" ? sent.substr(5, sent.size() - 10) : sent);
   EXPECT_EQ(Decode(stored).width, 328u);
 }
 
